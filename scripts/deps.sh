@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Installs the Debian packages Tidewell builds with, when any is missing: one `apt-get update`, then one
+# `apt-get install -y` of just the missing ones. Does nothing when all are there.
+set -euo pipefail
+
+packages=(
+    g++ cmake ninja-build pkg-config make
+    libsqlite3-dev nlohmann-json3-dev libplist-dev libfmt-dev libcli11-dev
+    libgtest-dev libgmock-dev libbenchmark-dev
+)
+
+missing=()
+for package in "${packages[@]}"; do
+    if ! dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed'; then
+        missing+=("$package")
+    fi
+done
+[ ${#missing[@]} -eq 0 ] && exit 0
+
+echo "Installing missing packages: ${missing[*]}"
+sudo=()
+if [ "$(id -u)" -ne 0 ]; then
+    if command -v sudo >/dev/null 2>&1; then
+        sudo=(sudo)
+    else
+        echo "These packages are missing and installing them needs root: ${missing[*]}" >&2
+        exit 1
+    fi
+fi
+export DEBIAN_FRONTEND=noninteractive
+"${sudo[@]}" apt-get update
+"${sudo[@]}" apt-get install -y --no-install-recommends "${missing[@]}"

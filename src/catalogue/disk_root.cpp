@@ -1,0 +1,66 @@
+#include "catalogue/disk_root.hpp"
+
+#include <pwd.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <vector>
+
+namespace tidewell {
+
+std::expected<DiskRoot, std::string> DiskRoot::make(std::string_view rootDir, std::string_view loginName) {
+    if (rootDir.empty()) {
+        return std::unexpected("the disk root is empty");
+    }
+    if (loginName.empty() || loginName == "." || loginName == ".." || loginName.find('/') != std::string_view::npos ||
+        loginName.find('\0') != std::string_view::npos) {
+        return std::unexpected("the login name '" + std::string(loginName) + "' is not a single folder name");
+    }
+    std::error_code ec;
+    std::filesystem::path root = std::filesystem::absolute(std::filesystem::path(rootDir), ec);
+    if (ec) {
+        return std::unexpected("cannot resolve the disk root '" + std::string(rootDir) + "': " + ec.message());
+    }
+    root = root.lexically_normal();
+    struct stat st {};
+    if (::stat(root.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+        return std::unexpected("the disk root '" + std::string(rootDir) + "' is not a folder");
+    }
+    std::string prefix = root.string();
+    while (!prefix.empty() && prefix.back() == '/') {
+        prefix.pop_back();
+    }
+    return DiskRoot(std::move(prefix), std::string(loginName));
+}
+
+std::string DiskRoot::processLoginName() {
+    long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
+    std::vector<char> buffer(size > 0 ? static_cast<std::size_t>(size) : 16384U);
+    struct passwd pw {};
+    struct passwd* result = nullptr;
+    if (::getpwuid_r(::geteuid(), &pw, buffer.data(), buffer.size(), &result) == 0 && result != nullptr) {
+        return result->pw_name;
+    }
+    return std::to_string(::geteuid());
+}
+
+std::string DiskRoot::resolve(std::string_view absolutePath) const {
+    std::string out = m_root;
+    if (absolutePath.empty() || absolutePath.front() != '/') {
+        out.push_back('/');
+    }
+    out.append(absolutePath);
+    return out.empty() ? std::string("/") : out;
+}
+
+std::string DiskRoot::homePath() const {
+    return resolve("/Users/" + m_login);
+}
+
+bool DiskRoot::exists(std::string_view absolutePath) const {
+    struct stat st {};
+    return ::stat(resolve(absolutePath).c_str(), &st) == 0;
+}
+
+} // namespace tidewell

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <expected>
+#include <string>
+#include <string_view>
+
+#include "catalogue/file_url.hpp"
+
+namespace tidewell {
+
+/// The disk Tidewell looks at: a folder laid out like a macOS disk ("/" by default) and the login name whose
+/// home folder is <root>/Users/<login name>. Every fixed "/..." path of the catalogue is resolved under the root.
+class DiskRoot {
+public:
+    /// Checks and normalises a root folder and a login name. The root is made absolute against the current
+    /// folder; it must name an existing folder. The login name must be a single path component (no "/", not "."
+    /// or "..", not empty), so the home folder can never lie outside <root>/Users.
+    static std::expected<DiskRoot, std::string> make(std::string_view rootDir, std::string_view loginName);
+
+    /// The login name of the process owner, from the user database (never $HOME or $USER).
+    static std::string processLoginName();
+
+    /// The root without a trailing slash: "" for "/", "/tmp/disk" for "/tmp/disk/".
+    [[nodiscard]] const std::string& rootPrefix() const { return m_root; }
+    [[nodiscard]] const std::string& loginName() const { return m_login; }
+
+    /// A fixed absolute path of the layout, under the root: "/Applications/Safari.app" on the root "/tmp/d" is
+    /// "/tmp/d/Applications/Safari.app".
+    [[nodiscard]] std::string resolve(std::string_view absolutePath) const;
+
+    /// <root>/Users/<login name>, as a path and as a file URL (the user's real home, never a container).
+    [[nodiscard]] std::string homePath() const;
+    [[nodiscard]] FileUrl homeUrl() const { return FileUrl{homePath()}; }
+    /// A location relative to the home folder.
+    [[nodiscard]] FileUrl inHome(std::string_view relative) const { return homeUrl().appending(relative); }
+
+    /// The file-existence test the builders make on an application ("/Applications/Safari.app"): true when
+    /// something exists at the resolved path (links followed, as a presence test should).
+    [[nodiscard]] bool exists(std::string_view absolutePath) const;
+
+private:
+    DiskRoot(std::string root, std::string login) : m_root(std::move(root)), m_login(std::move(login)) {}
+
+    std::string m_root;
+    std::string m_login;
+};
+
+} // namespace tidewell

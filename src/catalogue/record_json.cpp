@@ -1,0 +1,40 @@
+#include "catalogue/record_json.hpp"
+
+namespace tidewell {
+
+namespace {
+
+struct ValueToJson {
+    nlohmann::ordered_json operator()(bool value) const { return value; }
+    nlohmann::ordered_json operator()(std::int64_t value) const { return value; }
+    nlohmann::ordered_json operator()(const std::string& value) const { return value; }
+    nlohmann::ordered_json operator()(const FileUrl& value) const { return value.text(); }
+    nlohmann::ordered_json operator()(const UrlList& value) const {
+        auto array = nlohmann::ordered_json::array();
+        for (const FileUrl& url : value) {
+            array.push_back(url.text());
+        }
+        return array;
+    }
+    nlohmann::ordered_json operator()(const RecordList& value) const { return toJson(value); }
+};
+
+} // namespace
+
+nlohmann::ordered_json toJson(const Record& record) {
+    auto object = nlohmann::ordered_json::object();
+    for (const auto& [key, value] : record.entries()) {
+        object[key] = std::visit(ValueToJson{}, value);
+    }
+    return object;
+}
+
+nlohmann::ordered_json toJson(const RecordList& records) {
+    auto array = nlohmann::ordered_json::array();
+    for (const RecordPtr& record : records) {
+        array.push_back(toJson(*record));
+    }
+    return array;
+}
+
+} // namespace tidewell

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+
+#include "catalogue/records.hpp"
+
+namespace tidewell {
+
+/// A record as JSON with exactly its keys, in their order: booleans as booleans, whole numbers as numbers, text
+/// as text, URLs as their file URL text, and lists as arrays.
+[[nodiscard]] nlohmann::ordered_json toJson(const Record& record);
+[[nodiscard]] nlohmann::ordered_json toJson(const RecordList& records);
+
+} // namespace tidewell

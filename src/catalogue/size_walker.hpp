@@ -1,0 +1,95 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <mutex>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "catalogue/file_url.hpp"
+
+namespace tidewell {
+
+/// What a walk found: the allocated bytes of the entries it summed, and whether it ended early at an unreadable
+/// entry. Sums taken in walk order combine with `then`: once a walk has stopped, nothing after it counts.
+struct TreeSum {
+    std::int64_t bytes = 0;
+    bool stopped = false;
+
+    [[nodiscard]] TreeSum then(TreeSum next) const {
+        return stopped ? *this : TreeSum{bytes + next.bytes, next.stopped};
+    }
+    friend bool operator==(const TreeSum&, const TreeSum&) = default;
+};
+
+/// A few threads that take over folders from a running walk while they are idle. A folder is handed over only
+/// to a worker that is idle at that moment, so every hand-over is picked up at once and a walk never waits for
+/// a queue.
+class WalkPool {
+public:
+    explicit WalkPool(unsigned workers);
+    ~WalkPool();
+    WalkPool(const WalkPool&) = delete;
+    WalkPool& operator=(const WalkPool&) = delete;
+
+    /// Runs task on an idle worker and returns true, or returns false at once when no worker is idle.
+    bool tryRun(std::function<void()> task);
+
+private:
+    void workerLoop(const std::stop_token& stop);
+
+    std::mutex m_mutex;
+    std::condition_variable_any m_wake;
+    std::deque<std::function<void()>> m_tasks;
+    unsigned m_idle = 0;
+    std::vector<std::jthread> m_threads;
+};
+
+/// Measures locations by allocated size for one scan: `fileSizeOf:` and the folder sums of the extension
+/// inventories. Links are never followed; a folder adds nothing of its own; a walk stops at the first unreadable
+/// entry and keeps what it had summed. Walks are iterative (a 10,000-level tree is fine) and keep memory and open
+/// descriptors proportional to depth, whatever the number of files.
+///
+/// Within one counter, a folder that was measured as a location before is not walked again when a later walk
+/// meets it: its earlier sum is reused, which gives the very result a fresh walk of an unchanged disk gives. The
+/// catalogue measures the browsers' cache folders and then the whole Library/Caches, so this halves the work.
+class SizeCounter {
+public:
+    /// workers: extra threads that share the walking (0 walks on the calling thread alone).
+    explicit SizeCounter(unsigned workers = defaultWorkers(), std::stop_token stop = {});
+
+    static unsigned defaultWorkers();
+
+    /// `fileSizeOf:` for one location. A folder (not a link to one): the sum of every file and link below it. Any
+    /// other entry: its own allocated size. A location that does not exist: 0.
+    std::int64_t fileSizeOf(const std::string& path);
+    std::int64_t fileSizeOf(const FileUrl& url) { return fileSizeOf(url.path); }
+
+    /// The walk below a folder, its own entry excluded; a folder that cannot be opened is {0, stopped}. A path
+    /// that is not a folder gives {0, false}.
+    TreeSum measureFolder(const std::string& path);
+
+    /// Turns the reuse of earlier folder sums off (for comparisons; results are the same either way).
+    void setReuse(bool reuse) { m_reuse = reuse; }
+
+private:
+    friend class Walker;
+    using FolderId = std::pair<dev_t, ino_t>;
+
+    TreeSum walkOpenFolder(int fd, FolderId id);
+
+    std::stop_token m_stop;
+    WalkPool m_pool;
+    bool m_reuse = true;
+    // Written only between walks, on the calling thread; read by the walkers.
+    std::map<FolderId, TreeSum> m_measured;
+};
+
+} // namespace tidewell

@@ -1,0 +1,99 @@
+#include "cli/cli.hpp"
+
+#include <fmt/format.h>
+
+#include <map>
+#include <ostream>
+
+#include "cli/command.hpp"
+#include "platform/log.hpp"
+#include "version.hpp"
+
+namespace tidewell::cli {
+
+namespace {
+
+constexpr const char* kProgram = "tidewell-cli";
+
+// Log lines of one run go to the run's error stream, and back to standard error afterwards.
+class LogRedirect {
+public:
+    explicit LogRedirect(std::ostream& err)
+        : m_previous(setLogSink([&err](std::string_view line) { err << line << '\n'
+                                                                    << std::flush; })) {}
+    ~LogRedirect() { setLogSink(std::move(m_previous)); }
+    LogRedirect(const LogRedirect&) = delete;
+    LogRedirect& operator=(const LogRedirect&) = delete;
+
+private:
+    LogSink m_previous;
+};
+
+// CLI11 words its messages for a terminal; one line is enough here.
+std::string oneLine(std::string message) {
+    for (char& c : message) {
+        if (c == '\n') {
+            c = ' ';
+        }
+    }
+    while (!message.empty() && message.back() == ' ') {
+        message.pop_back();
+    }
+    return message;
+}
+
+} // namespace
+
+int reportUsageError(CliIo& io, std::string_view message) {
+    io.err << kProgram << ": " << message << '\n';
+    return kExitUsage;
+}
+
+int runCli(const std::vector<std::string>& args, CliIo& io) {
+    const LogRedirect logs(io.err);
+
+    CLI::App app("Tidewell finds and removes the privacy traces of browsers, mail, the system and the Flash player.",
+                 kProgram);
+    app.set_version_flag("--version", fmt::format("{} {}", kProgram, kVersion));
+    app.require_subcommand(1, 1);
+    std::string rootDir = "/";
+    std::string user = DiskRoot::processLoginName();
+    app.add_option("--root", rootDir, "The disk to look at: any folder laid out like a macOS disk")
+        ->capture_default_str();
+    app.add_option("--user", user, "Whose home folder, <root>/Users/NAME, to look at")->capture_default_str();
+
+    std::map<const CLI::App*, CommandRunner> runners;
+    const auto add = [&](CommandRunner (*adder)(CLI::App&)) {
+        CommandRunner runner = adder(app);
+        runners.emplace(app.get_subcommands({}).back(), std::move(runner));
+    };
+    add(addScanCommand);
+
+    std::vector<std::string> reversed(args.rbegin(), args.rend());
+    try {
+        app.parse(reversed);
+    } catch (const CLI::CallForHelp&) {
+        io.out << app.help();
+        return kExitOk;
+    } catch (const CLI::CallForAllHelp&) {
+        io.out << app.help("", CLI::AppFormatMode::All);
+        return kExitOk;
+    } catch (const CLI::CallForVersion& version) {
+        io.out << version.what() << '\n';
+        return kExitOk;
+    } catch (const CLI::ParseError& error) {
+        return reportUsageError(io, oneLine(error.what()));
+    }
+
+    const auto disk = DiskRoot::make(rootDir, user);
+    if (!disk) {
+        return reportUsageError(io, disk.error());
+    }
+    CommandContext context{*disk, io};
+    for (const CLI::App* used : app.get_subcommands()) {
+        return runners.at(used)(context);
+    }
+    return reportUsageError(io, "no command given");
+}
+
+} // namespace tidewell::cli

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <optional>
+
+#include "catalogue/disk_root.hpp"
+#include "cli/cli.hpp"
+
+namespace tidewell::cli {
+
+/// What every command is given once the global options are read.
+struct CommandContext {
+    const DiskRoot& disk;
+    CliIo& io;
+};
+
+/// A command's body, run after parsing; returns the exit status.
+using CommandRunner = std::function<int(CommandContext&)>;
+
+/// Adds a command to the tool and returns what runs it. Each command lives in a file of its own.
+CommandRunner addScanCommand(CLI::App& app);
+
+/// Prints a usage error found after parsing (a PATH that names nothing, say) as one line on the error stream and
+/// returns the usage exit status.
+int reportUsageError(CliIo& io, std::string_view message);
+
+} // namespace tidewell::cli

@@ -1,0 +1,87 @@
+#include "cli/scan_session.hpp"
+
+#include <CLI/CLI.hpp>
+
+#include "catalogue/ticks.hpp"
+
+namespace tidewell::cli {
+
+ScanSession::ScanSession(const DiskRoot& disk, std::vector<SectionBuilder> builders, SectionSink onSection)
+    : m_onSection(std::move(onSection)), m_driver(disk, m_queue, *this, std::move(builders)) {}
+
+void ScanSession::scan() {
+    m_reported = 0;
+    m_driver.setIsScanRunningForDetails(false);
+    m_driver.setScanningDone(false);
+    m_driver.resetAndAddavailbleApplications();
+    m_queue.run();
+    m_driver.waitForScanThread();
+}
+
+void ScanSession::setHeightDetails() {
+    const RecordList sections = m_driver.availbleApp().snapshot();
+    for (; m_reported < sections.size(); ++m_reported) {
+        if (m_onSection) {
+            m_onSection(sections[m_reported]);
+        }
+    }
+}
+
+void ScanSession::scanFinished() {
+    setHeightDetails();
+    m_queue.quit();
+}
+
+std::vector<TickRequest> orderedTicks(const CLI::App& command, const CLI::Option* tick, const CLI::Option* untick) {
+    std::vector<TickRequest> requests;
+    std::size_t ticks = 0;
+    std::size_t unticks = 0;
+    for (const CLI::Option* option : command.parse_order()) {
+        if (option == tick) {
+            requests.push_back({Tick::On, tick->results().at(ticks++)});
+        } else if (option == untick) {
+            requests.push_back({Tick::Off, untick->results().at(unticks++)});
+        }
+    }
+    return requests;
+}
+
+std::expected<void, std::string> applyTick(const Catalogue& catalogue, const TickRequest& request) {
+    const RecordList sections = catalogue.snapshot();
+    const auto sectionNamed = [&](std::string_view name) -> std::optional<std::size_t> {
+        for (std::size_t row = 0; row < sections.size(); ++row) {
+            if (!sections[row]->has("Type") && sections[row]->text("Name") == name) {
+                return row;
+            }
+        }
+        return std::nullopt;
+    };
+
+    // Section names hold no slash, so the first slash ends the section's name; item names may hold slashes.
+    const auto slash = request.path.find('/');
+    if (const auto row = sectionNamed(request.path); row || slash == std::string::npos) {
+        if (!row) {
+            return std::unexpected("no section named '" + request.path + "'");
+        }
+        checkBoxAction(catalogue, *row, request.state);
+        return {};
+    }
+    const std::string sectionName = request.path.substr(0, slash);
+    const std::string itemName = request.path.substr(slash + 1);
+    const auto row = sectionNamed(sectionName);
+    if (!row) {
+        return std::unexpected("no section named '" + sectionName + "'");
+    }
+    Record& section = *sections[*row];
+    const RecordList* items = section.list("List");
+    if (items == nullptr ||
+        std::ranges::none_of(*items, [&](const RecordPtr& item) { return item->text("NameText") == itemName; })) {
+        return std::unexpected("section '" + sectionName + "' has no item named '" + itemName + "'");
+    }
+    Tick state = request.state;
+    selectionCheckBoxAction(section, itemName, state);
+    doneActionFromselectionView(section);
+    return {};
+}
+
+} // namespace tidewell::cli

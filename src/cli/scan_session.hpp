@@ -1,0 +1,58 @@
+#pragma once
+
+#include <expected>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "catalogue/main_thread.hpp"
+#include "catalogue/scan_driver.hpp"
+#include "cli/cli.hpp"
+
+namespace CLI {
+class App;
+class Option;
+} // namespace CLI
+
+namespace tidewell::cli {
+
+/// One scan run to its end by the command-line tool: this thread plays the main thread (an event queue), the scan
+/// runs on its own thread, and each section is reported as soon as its builder has appended it.
+class ScanSession final : private ScanObserver {
+public:
+    using SectionSink = std::function<void(const RecordPtr& section)>;
+
+    ScanSession(const DiskRoot& disk, std::vector<SectionBuilder> builders, SectionSink onSection);
+
+    /// Runs a fresh scan and returns when it is done (both flags cleared first, as the rescan after a clean does).
+    void scan();
+
+    [[nodiscard]] ScanDriver& driver() { return m_driver; }
+    [[nodiscard]] const Catalogue& catalogue() const { return m_driver.availbleApp(); }
+
+private:
+    void setHeightDetails() override;
+    void scanFinished() override;
+
+    EventQueue m_queue;
+    SectionSink m_onSection;
+    std::size_t m_reported = 0;
+    ScanDriver m_driver;
+};
+
+/// A --tick or --untick PATH, in the order given.
+struct TickRequest {
+    Tick state;
+    std::string path;
+};
+
+/// Collects --tick and --untick of a command in the order they were given.
+[[nodiscard]] std::vector<TickRequest> orderedTicks(const CLI::App& command, const CLI::Option* tick,
+                                                    const CLI::Option* untick);
+
+/// Applies one PATH as the window's clicks would: "SECTION" sets the section's check box in the item table;
+/// "SECTION/ITEM" opens the section's details, sets the first item named ITEM and presses Done. A PATH that names
+/// no section or item is an error, and changes nothing.
+[[nodiscard]] std::expected<void, std::string> applyTick(const Catalogue& catalogue, const TickRequest& request);
+
+} // namespace tidewell::cli

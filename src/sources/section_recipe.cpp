@@ -1,0 +1,48 @@
+#include "sources/section_recipe.hpp"
+
+#include "catalogue/byte_count.hpp"
+#include "catalogue/items.hpp"
+
+namespace tidewell {
+
+UrlList resolveLocations(const tables::ItemSpec& spec, const BaseResolver& base) {
+    UrlList locations;
+    locations.reserve(spec.locations.size());
+    for (const tables::Location& location : spec.locations) {
+        locations.push_back(base(location.base).appending(location.path));
+    }
+    return locations;
+}
+
+RecordPtr makeTableItem(const tables::ItemSpec& spec, std::string name, const BaseResolver& base) {
+    if (spec.handMade) {
+        return makeRecord({{"AllList", resolveLocations(spec, base)},
+                           {"NameText", std::move(name)},
+                           {"isChecked", false},
+                           {"sizeText", std::string("10KB")}});
+    }
+    return getDicForList(resolveLocations(spec, base), std::move(name), false);
+}
+
+BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items, std::string image) {
+    const std::int64_t bytes = countSize(items, env.sizes);
+    const SizeText size = sizeTextFor(bytes);
+    auto section = makeRecord({{"Name", std::move(name)},
+                               {"List", std::move(items)},
+                               {"Size", size.text},
+                               {"Img", std::move(image)},
+                               {"isChecked", true},
+                               {"isEnabled", size.enabled},
+                               {"isFromThornsweep", false}});
+    return {std::move(section), bytes, true};
+}
+
+std::string fillName(std::string_view nameTemplate, std::string_view value) {
+    std::string out(nameTemplate);
+    if (const auto at = out.find("%@"); at != std::string::npos) {
+        out.replace(at, 2, value);
+    }
+    return out;
+}
+
+} // namespace tidewell

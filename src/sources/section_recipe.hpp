@@ -1,0 +1,29 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "catalogue/scan_driver.hpp"
+#include "sources/tables.hpp"
+
+namespace tidewell {
+
+/// The folder each table base stands for, for one builder run.
+using BaseResolver = std::function<FileUrl(tables::Base)>;
+
+/// An item's locations: each table entry appended to its base, in table order.
+[[nodiscard]] UrlList resolveLocations(const tables::ItemSpec& spec, const BaseResolver& base);
+
+/// An item of a path table: the factory's record (isExt false), or for a hand-made entry exactly "AllList",
+/// "NameText", "isChecked" false and "sizeText" "10KB" (a placeholder the measurement replaces).
+[[nodiscard]] RecordPtr makeTableItem(const tables::ItemSpec& spec, std::string name, const BaseResolver& base);
+
+/// The common end of a source builder: measures the items (`countSize:`), formats the total with the
+/// "Zero KB" -> "0 byte" rule, and builds the section with "Name", "List", "Size", "Img", "isChecked" true,
+/// "isEnabled" and "isFromThornsweep" false, in that order.
+[[nodiscard]] BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items, std::string image);
+
+/// "%@" in a name template replaced by a value (the first occurrence, as a format with one argument does).
+[[nodiscard]] std::string fillName(std::string_view nameTemplate, std::string_view value);
+
+} // namespace tidewell

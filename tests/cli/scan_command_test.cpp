@@ -1,0 +1,166 @@
+#include <gtest/gtest.h>
+
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "cli/cli.hpp"
+#include "support/sample_disk.hpp"
+
+namespace tidewell::cli {
+namespace {
+
+using testing::TempFolder;
+
+struct ToolRun {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+ToolRun runTool(const std::vector<std::string>& args) {
+    std::ostringstream out;
+    std::ostringstream err;
+    std::istringstream in;
+    CliIo io{out, err, in, false};
+    const int status = runCli(args, io);
+    return {status, out.str(), err.str()};
+}
+
+std::size_t lineCount(const std::string& text) {
+    return static_cast<std::size_t>(std::ranges::count(text, '\n'));
+}
+
+class ScanCommand : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() {
+        s_temp = new TempFolder();
+        testing::writeSampleDisk(s_temp->path() + "/disk");
+    }
+    static void TearDownTestSuite() { delete s_temp; }
+
+    static std::vector<std::string> on(std::vector<std::string> args) {
+        args.insert(args.begin(), {"--root", s_temp->path() + "/disk", "--user", "ann"});
+        return args;
+    }
+    static nlohmann::json catalogue(const std::vector<std::string>& args) {
+        const ToolRun run = runTool(on(args));
+        EXPECT_EQ(run.status, 0) << run.err;
+        return nlohmann::json::parse(run.out);
+    }
+    static const nlohmann::json& sectionNamed(const nlohmann::json& sections, const std::string& name) {
+        for (const auto& section : sections) {
+            if (section.value("Name", "") == name) {
+                return section;
+            }
+        }
+        throw std::runtime_error("no section " + name);
+    }
+
+    static inline TempFolder* s_temp = nullptr;
+};
+
+TEST_F(ScanCommand, TextShowsEachSectionWithItsItemsThenTheTotal) {
+    const ToolRun run = runTool(on({"scan"}));
+    ASSERT_EQ(run.status, 0) << run.err;
+    std::istringstream lines(run.out);
+    std::vector<std::string> sectionLines;
+    std::string line;
+    while (std::getline(lines, line)) {
+        if (line.starts_with("[")) {
+            sectionLines.push_back(line.substr(0, line.find("  ")));
+        } else if (line.starts_with("    Thornsweep")) {
+            sectionLines.push_back(line);
+        }
+    }
+    EXPECT_EQ(sectionLines, (std::vector<std::string>{"[x] Safari", "[x] Chrome", "[x] Firefox", "[x] System",
+                                                      "[x] Mail", "[x] Flash",
+                                                      "    Thornsweep: Detects and Removes"
+                                                      " Adware"}));
+    EXPECT_NE(run.out.find("    [ ] Bookmarks"), std::string::npos);
+    EXPECT_NE(run.out.find("    [x] Cookies (Work)"), std::string::npos);
+    EXPECT_TRUE(run.out.ends_with("in 7 sections\n")) << run.out;
+    EXPECT_TRUE(run.out.substr(run.out.rfind("Total: ")).starts_with("Total: ")) << run.out;
+    EXPECT_TRUE(run.err.empty()) << run.err;
+}
+
+TEST_F(ScanCommand, JsonHoldsEveryRecordWithItsExactKeysAndKinds) {
+    const nlohmann::json sections = catalogue({"scan", "--json"});
+    ASSERT_EQ(sections.size(), 7U);
+    const auto& safari = sections[0];
+    std::vector<std::string> keys;
+    for (const auto& [key, value] : safari.items()) {
+        keys.push_back(key);
+    }
+    std::ranges::sort(keys);
+    EXPECT_EQ(keys,
+              (std::vector<std::string>{"Img", "List", "Name", "Size", "isChecked", "isEnabled", "isFromThornsweep"}));
+    EXPECT_TRUE(safari["isChecked"].is_boolean());
+    EXPECT_TRUE(safari["Img"].get<std::string>().ends_with("/Applications/Safari.app"));
+    const auto& cookies = safari["List"][0];
+    EXPECT_EQ(cookies["NameText"], "Cookies");
+    EXPECT_TRUE(cookies["AllList"][0].get<std::string>().starts_with("file:///"));
+    EXPECT_EQ(sections.back(), (nlohmann::json{{"Type", "Scan"}}));
+    const auto& chrome = sectionNamed(sections, "Chrome");
+    EXPECT_EQ(chrome["List"][9]["NameText"], "Cookies (Work)");
+    EXPECT_NE(chrome["List"][0]["AllList"][0].get<std::string>().find("Application%20Support"), std::string::npos);
+}
+
+TEST_F(ScanCommand, TicksApplyInTheOrderGivenAsTheWindowWould) {
+    const nlohmann::json sections =
+        catalogue({"scan", "--json", "--untick", "Safari", "--tick", "Safari/Bookmarks", "--untick", "Chrome", "--tick",
+                   "Chrome/Cookies (Work)", "--tick", "Firefox"});
+    const auto& safari = sectionNamed(sections, "Safari");
+    EXPECT_EQ(safari["isChecked"], -1);
+    EXPECT_EQ(safari["List"][3]["isChecked"], 1);
+    EXPECT_EQ(safari["List"][0]["isChecked"], false);
+    const auto& chrome = sectionNamed(sections, "Chrome");
+    EXPECT_EQ(chrome["isChecked"], -1);
+    EXPECT_EQ(chrome["List"][9]["isChecked"], 1);
+    EXPECT_EQ(chrome["List"][10]["isChecked"], false);
+    EXPECT_EQ(sectionNamed(sections, "Firefox")["isChecked"], true);
+
+    // The fourth row (System here) keeps its items' ticks when its own box is cleared.
+    const nlohmann::json fourth = catalogue({"scan", "--json", "--untick", "System"});
+    EXPECT_EQ(fourth[3]["Name"], "System");
+    EXPECT_EQ(fourth[3]["isChecked"], false);
+    EXPECT_EQ(fourth[3]["List"][0]["isChecked"], true);
+}
+
+TEST_F(ScanCommand, TicksShowInTextModeAfterTheScan) {
+    const ToolRun run = runTool(on({"scan", "--untick", "Mail"}));
+    ASSERT_EQ(run.status, 0);
+    const std::string after = run.out.substr(run.out.find("After the ticks:"));
+    EXPECT_NE(after.find("[ ] Mail"), std::string::npos);
+    EXPECT_NE(after.find("    [ ] Mail Download"), std::string::npos);
+}
+
+TEST_F(ScanCommand, UsageErrorsSayWhatIsWrongOnOneLine) {
+    const std::vector<std::vector<std::string>> wrong{
+        on({"scan", "--tick", "Opera"}),
+        on({"scan", "--untick", "Safari/Nothing"}),
+        on({"scan", "--bogus"}),
+        {"--root", s_temp->path() + "/no-such-disk", "scan"},
+        {"--root", s_temp->path() + "/disk", "--user", "../ann", "scan"},
+        {"--root", s_temp->path() + "/disk"},
+        on({"frobnicate"}),
+    };
+    for (const auto& args : wrong) {
+        const ToolRun run = runTool(args);
+        EXPECT_EQ(run.status, 2) << args.back();
+        EXPECT_EQ(lineCount(run.err), 1U) << run.err;
+        EXPECT_TRUE(run.err.starts_with("tidewell-cli: ")) << run.err;
+    }
+    EXPECT_NE(runTool(on({"scan", "--tick", "Opera"})).err.find("no section named 'Opera'"), std::string::npos);
+}
+
+TEST_F(ScanCommand, HelpAndVersionGoToStandardOutput) {
+    const ToolRun version = runTool({"--version"});
+    EXPECT_EQ(version.status, 0);
+    EXPECT_TRUE(version.out.starts_with("tidewell-cli ")) << version.out;
+    const ToolRun help = runTool({"scan", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("--tick"), std::string::npos) << help.out;
+}
+
+} // namespace
+} // namespace tidewell::cli

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "catalogue/disk_root.hpp"
+
+namespace tidewell::testing {
+
+/// A fresh folder under the system's temporary folder, removed with all it holds (deep trees and unreadable
+/// folders included) when it goes.
+class TempFolder {
+public:
+    TempFolder();
+    ~TempFolder();
+    TempFolder(const TempFolder&) = delete;
+    TempFolder& operator=(const TempFolder&) = delete;
+
+    [[nodiscard]] const std::string& path() const { return m_path; }
+
+private:
+    std::string m_path;
+};
+
+/// Removes a tree whatever it holds, links not followed.
+void removeTree(const std::string& path);
+
+/// Builds a disk laid out like a macOS disk. A path that begins with "/" is under the disk root; any other path is
+/// relative to the home folder <root>/Users/<login>. Parents are made as needed.
+class DiskBuilder {
+public:
+    explicit DiskBuilder(std::string root, std::string login = "ann");
+
+    [[nodiscard]] const std::string& root() const { return m_root; }
+    [[nodiscard]] const std::string& login() const { return m_login; }
+    [[nodiscard]] std::string home() const { return m_root + "/Users/" + m_login; }
+    /// The absolute path of a builder path.
+    [[nodiscard]] std::string at(std::string_view path) const;
+    /// The disk as the catalogue sees it.
+    [[nodiscard]] DiskRoot disk() const;
+
+    DiskBuilder& folder(std::string_view path);
+    /// A file of `bytes` bytes (each a copy of `fill`).
+    DiskBuilder& file(std::string_view path, std::size_t bytes = 1, char fill = 'x');
+    DiskBuilder& text(std::string_view path, std::string_view contents);
+    /// A symbolic link at `path` whose target is the text `target`, as given.
+    DiskBuilder& link(std::string_view path, std::string_view target);
+    /// An application bundle: a folder with Contents/Info.plist, at an absolute layout path
+    /// ("/Applications/Safari.app").
+    DiskBuilder& app(std::string_view absolutePath);
+    /// Chrome's "Local State" with these (folder, display name) profiles, in order.
+    DiskBuilder& chromeLocalState(const std::vector<std::pair<std::string, std::string>>& profiles);
+
+    /// The five applications the catalogue looks for, and the Finder.
+    DiskBuilder& allApps();
+
+private:
+    std::string m_root;
+    std::string m_login;
+};
+
+/// Makes every parent folder of path (not path itself).
+void makeParents(const std::string& path);
+
+} // namespace tidewell::testing

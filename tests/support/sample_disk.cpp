@@ -1,0 +1,200 @@
+#include "support/sample_disk.hpp"
+
+#include <sqlite3.h>
+
+#include <stdexcept>
+
+namespace tidewell::testing {
+
+namespace {
+
+constexpr const char* kSafariSchema =
+    "CREATE TABLE history_items (id INTEGER PRIMARY KEY AUTOINCREMENT,url TEXT NOT NULL UNIQUE,"
+    "domain_expansion TEXT NULL,visit_count INTEGER NOT NULL,daily_visit_counts BLOB NOT NULL,"
+    "weekly_visit_counts BLOB NULL,autocomplete_triggers BLOB NULL,"
+    "should_recompute_derived_visit_counts INTEGER NOT NULL,visit_count_score INTEGER NOT NULL);"
+    "CREATE TABLE history_visits (id INTEGER PRIMARY KEY AUTOINCREMENT,history_item INTEGER NOT NULL "
+    "REFERENCES history_items(id) ON DELETE CASCADE,visit_time REAL NOT NULL,title TEXT NULL,"
+    "load_successful BOOLEAN NOT NULL DEFAULT 1,http_non_get BOOLEAN NOT NULL DEFAULT 0,"
+    "synthesized BOOLEAN NOT NULL DEFAULT 0,origin INTEGER NOT NULL DEFAULT 0,"
+    "generation INTEGER NOT NULL DEFAULT 0,attributes INTEGER NOT NULL DEFAULT 0,score INTEGER NOT NULL DEFAULT 0);";
+constexpr const char* kSafariInsert =
+    "INSERT INTO history_items (id,url,visit_count,daily_visit_counts,should_recompute_derived_visit_counts,"
+    "visit_count_score) VALUES (?1,?2,1,x'01',0,100);"
+    "INSERT INTO history_visits (history_item,visit_time,title) VALUES (?1,700000000.0+?1,'Page');";
+
+constexpr const char* kChromeSchema =
+    "CREATE TABLE urls(id INTEGER PRIMARY KEY AUTOINCREMENT,url LONGVARCHAR,title LONGVARCHAR,"
+    "visit_count INTEGER DEFAULT 0 NOT NULL,typed_count INTEGER DEFAULT 0 NOT NULL,"
+    "last_visit_time INTEGER NOT NULL,hidden INTEGER DEFAULT 0 NOT NULL);"
+    "CREATE TABLE visits(id INTEGER PRIMARY KEY AUTOINCREMENT,url INTEGER NOT NULL,visit_time INTEGER NOT NULL,"
+    "from_visit INTEGER,transition INTEGER DEFAULT 0 NOT NULL,segment_id INTEGER,"
+    "visit_duration INTEGER DEFAULT 0 NOT NULL);";
+constexpr const char* kChromeInsert =
+    "INSERT INTO urls (id,url,title,visit_count,last_visit_time) VALUES (?1,?2,'Page',1,13300000000000000+?1);"
+    "INSERT INTO visits (url,visit_time) VALUES (?1,13300000000000000+?1);";
+
+constexpr const char* kFirefoxSchema =
+    "PRAGMA journal_mode=WAL;"
+    "CREATE TABLE moz_places (id INTEGER PRIMARY KEY, url LONGVARCHAR, title LONGVARCHAR, rev_host LONGVARCHAR,"
+    " visit_count INTEGER DEFAULT 0, hidden INTEGER DEFAULT 0 NOT NULL, typed INTEGER DEFAULT 0 NOT NULL,"
+    " frecency INTEGER DEFAULT -1 NOT NULL, last_visit_date INTEGER , guid TEXT,"
+    " foreign_count INTEGER DEFAULT 0 NOT NULL, url_hash INTEGER DEFAULT 0 NOT NULL, description TEXT,"
+    " preview_image_url TEXT, origin_id INTEGER, site_name TEXT);"
+    "CREATE TABLE moz_historyvisits (id INTEGER PRIMARY KEY, from_visit INTEGER, place_id INTEGER,"
+    " visit_date INTEGER, visit_type INTEGER, session INTEGER, source INTEGER DEFAULT 0 NOT NULL,"
+    " triggeringPlaceId INTEGER);";
+constexpr const char* kFirefoxInsert =
+    "INSERT INTO moz_places (id,url,title,visit_count,last_visit_date,guid) VALUES (?1,?2,'Page',1,"
+    "1700000000000000+?1,'guid'||?1);"
+    "INSERT INTO moz_historyvisits (place_id,visit_date,visit_type) VALUES (?1,1700000000000000+?1,1);";
+
+void check(int rc, sqlite3* db, const std::string& what) {
+    if (rc != SQLITE_OK && rc != SQLITE_DONE && rc != SQLITE_ROW) {
+        throw std::runtime_error(what + ": " + (db != nullptr ? sqlite3_errmsg(db) : "sqlite error"));
+    }
+}
+
+// Runs every statement of `sql` with ?1 bound to id and ?2 to url.
+void runInserts(sqlite3* db, const char* sql, std::int64_t id, const std::string& url) {
+    const char* rest = sql;
+    while (rest != nullptr && *rest != '\0') {
+        sqlite3_stmt* statement = nullptr;
+        check(sqlite3_prepare_v2(db, rest, -1, &statement, &rest), db, "prepare");
+        if (statement == nullptr) {
+            break;
+        }
+        sqlite3_bind_int64(statement, 1, id);
+        if (sqlite3_bind_parameter_count(statement) >= 2) {
+            sqlite3_bind_text(statement, 2, url.c_str(), static_cast<int>(url.size()), SQLITE_TRANSIENT);
+        }
+        const int rc = sqlite3_step(statement);
+        sqlite3_finalize(statement);
+        check(rc, db, "insert");
+    }
+}
+
+} // namespace
+
+void writeHistoryDatabase(const std::string& path, Browser browser, const std::vector<std::string>& urls) {
+    makeParents(path);
+    sqlite3* db = nullptr;
+    check(sqlite3_open(path.c_str(), &db), db, "open " + path);
+    const char* schema = browser == Browser::Safari   ? kSafariSchema
+                         : browser == Browser::Chrome ? kChromeSchema
+                                                      : kFirefoxSchema;
+    const char* insert = browser == Browser::Safari   ? kSafariInsert
+                         : browser == Browser::Chrome ? kChromeInsert
+                                                      : kFirefoxInsert;
+    check(sqlite3_exec(db, schema, nullptr, nullptr, nullptr), db, "schema");
+    check(sqlite3_exec(db, "BEGIN", nullptr, nullptr, nullptr), db, "begin");
+    std::int64_t id = 0;
+    for (const std::string& url : urls) {
+        runInserts(db, insert, ++id, url);
+    }
+    check(sqlite3_exec(db, "COMMIT", nullptr, nullptr, nullptr), db, "commit");
+    sqlite3_close(db);
+}
+
+std::vector<std::string> sampleHistoryUrls() {
+    return {
+        "https://news.example.org/today",
+        "https://www.example.com/search?q=weather",
+        "https://www.freeporn-tube.example/watch/123",
+        "https://mail.example.net/inbox",
+        "https://XXX-Videos.example/best",
+        "https://shop.example.com/cart",
+        "https://www.hot-sexcam.example/live",
+        "https://docs.example.org/manual/intro.html",
+    };
+}
+
+void writeSampleDisk(const std::string& root, const std::string& login) {
+    DiskBuilder d(root, login);
+    d.allApps();
+    const std::vector<std::string> urls = sampleHistoryUrls();
+
+    // Safari
+    d.file("Library/Cookies/Cookies.binarycookies", 20000)
+        .file("Library/Cookies/com.apple.Safari.SafeBrowsing.binarycookies", 3000)
+        .file("Library/Caches/com.apple.Safari/Cache.db", 250000)
+        .file("Library/Caches/com.apple.Safari/fsCachedData/0A1B", 40000)
+        .file("Library/Caches/com.apple.Safari/fsCachedData/0A1C", 90000)
+        .file("Library/Safari/HistoryIndex.sk", 12000)
+        .file("Library/Safari/Bookmarks.plist", 6000)
+        .file("Library/Safari/Downloads.plist", 900)
+        .file("Library/Safari/LastSession.plist", 4000)
+        .file("Library/Safari/Configurations.plist.signed", 700)
+        .file("Library/Safari/Touch Icons/1.png", 5000)
+        .file("Library/Safari/WebpageIcons/icons.db", 30000)
+        .file("Library/Safari/TopSites.plist", 2000)
+        .file("Library/Safari/LocalStorage/https_news.example.org_0.localstorage", 8000)
+        .file("Library/Safari/Databases/Databases.db", 8000)
+        .file("Library/Safari/ReadingListArchives/1/page.webarchive", 60000)
+        .file("Library/Safari/Form Values", 1000)
+        .file("Library/Safari/SearchDescriptions.plist", 500)
+        .file("Library/Safari/WebFeedSources.plist", 300)
+        .folder("Library/Safari/Extensions");
+    writeHistoryDatabase(d.at("Library/Safari/History.db"), Browser::Safari, urls);
+
+    // Chrome, two profiles
+    d.chromeLocalState({{"Default", "Person 1"}, {"Profile 1", "Work"}});
+    for (const std::string profile : {"Default", "Profile 1"}) {
+        const std::string p = "Library/Application Support/Google/Chrome/" + profile + "/";
+        d.file(p + "Cookies", 28000)
+            .file(p + "Visited Links", 130000)
+            .file(p + "Login Data", 40000)
+            .file(p + "Preferences", 9000)
+            .file(p + "Favicons", 20000)
+            .file(p + "Top Sites", 20000)
+            .file(p + "Current Session", 3000)
+            .file(p + "Current Tabs", 3000)
+            .file(p + "Local Storage/leveldb/000003.log", 12000)
+            .file(p + "IndexedDB/https_www.example.com_0.indexeddb.leveldb/LOG", 400)
+            .file(p + "Pepper Data/Shockwave Flash/WritableRoot/settings.sol", 600)
+            .file(p + "Web Data", 60000)
+            .file(p + "GPUCache/data_0", 8000)
+            .file(p + "Application Cache/Index", 4000);
+        writeHistoryDatabase(d.at(p + "History"), Browser::Chrome, urls);
+    }
+    d.file("Library/Caches/Google/Chrome/Default/Cache/data_1", 300000)
+        .file("Library/Caches/Google/Chrome/Default/Cache/data_2", 120000);
+
+    // Firefox
+    const std::string ff = "Library/Application Support/Firefox/Profiles/k2x9w0aq.default-release/";
+    d.file(ff + "cookies.sqlite", 50000)
+        .file(ff + "webappsstore.sqlite", 20000)
+        .file(ff + "logins.json", 2000)
+        .file(ff + "key3.db", 16000)
+        .file(ff + "sessionstore-backups/recovery.jsonlz4", 15000)
+        .file(ff + "prefs.js", 12000)
+        .file(ff + "xulstore.json", 500)
+        .file(ff + "formhistory.sqlite", 30000)
+        .file(ff + "permissions.sqlite", 8000)
+        .file(ff + "content-prefs.sqlite", 8000)
+        .text(ff + "extensions.json", R"({"schemaVersion":35,"addons":[]})");
+    writeHistoryDatabase(d.at(ff + "places.sqlite"), Browser::Firefox, urls);
+    d.file("Library/Caches/Firefox/Profiles/k2x9w0aq.default-release/cache2/entries/1F2E", 180000)
+        .file("Library/Application Support/Firefox/Crash Reports/InstallTime20240101", 20);
+
+    // Mail, Flash, containers, logs, quarantine, trash
+    const std::string mail = "Library/Containers/com.apple.mail/Data/Library/";
+    d.file(mail + "Mail Downloads/Invoice.pdf", 75000)
+        .file(mail + "Caches/com.apple.mail/Cache.db", 90000)
+        .file(mail + "Logs/Mail/activity.log", 3000)
+        .file(mail + "Saved Application State/com.apple.mail.savedState/windows.plist", 1500);
+    d.file("Library/Preferences/Macromedia/Flash Player/#SharedObjects/ABCD/site.example/settings.sol", 700)
+        .file("Library/Caches/Adobe/Flash Player/AssetCache/ABCD/cache.swz", 40000);
+    d.file("Library/Containers/com.example.notes/Data/Library/Caches/index.db", 16000)
+        .file("Library/Containers/com.example.notes/Data/Library/Logs/notes.log", 2000)
+        .file("Library/Containers/.DS_Store", 6148);
+    d.file("Library/Logs/DiagnosticReports/Safari_2026-11-01.crash", 24000)
+        .file("Library/Logs/install.log", 5000)
+        .file("Library/Caches/com.example.editor/Cache.db", 64000);
+    d.file("Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2", 36000)
+        .file("Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2-journal", 500)
+        .file("Library/Preferences/com.apple.finder.plist", 4000);
+    d.file(".Trash/old-report.docx", 48000).file(".Trash/holiday.jpg", 350000);
+}
+
+} // namespace tidewell::testing

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "support/disk_builder.hpp"
+
+namespace tidewell::testing {
+
+enum class Browser { Safari, Chrome, Firefox };
+
+/// Writes a history database in the browser's own table layout (Safari `history_items` with `history_visits`,
+/// Chrome `urls` with `visits`, Firefox `moz_places` with `moz_historyvisits`, the last in WAL mode as Firefox
+/// keeps it), with one row and one visit per URL, ids from 1 in order.
+void writeHistoryDatabase(const std::string& path, Browser browser, const std::vector<std::string>& urls);
+
+/// The history URLs of the sample disk: ordinary sites with a few adult ones among them.
+[[nodiscard]] std::vector<std::string> sampleHistoryUrls();
+
+/// Writes the sample disk: the five applications and the Finder, and a home for `login` holding Safari data,
+/// Chrome with two profiles ("Default" as "Person 1", "Profile 1" as "Work"), Firefox with a "default-release"
+/// profile, Mail, Flash, container, log, quarantine and trash data, and history databases for all three
+/// browsers.
+void writeSampleDisk(const std::string& root, const std::string& login = "ann");
+
+} // namespace tidewell::testing
