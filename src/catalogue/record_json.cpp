@@ -9,13 +9,7 @@ struct ValueToJson {
     nlohmann::ordered_json operator()(std::int64_t value) const { return value; }
     nlohmann::ordered_json operator()(const std::string& value) const { return value; }
     nlohmann::ordered_json operator()(const FileUrl& value) const { return value.text(); }
-    nlohmann::ordered_json operator()(const UrlList& value) const {
-        auto array = nlohmann::ordered_json::array();
-        for (const FileUrl& url : value) {
-            array.push_back(url.text());
-        }
-        return array;
-    }
+    nlohmann::ordered_json operator()(const UrlList& value) const { return toJson(value); }
     nlohmann::ordered_json operator()(const RecordList& value) const { return toJson(value); }
 };
 
@@ -27,6 +21,14 @@ nlohmann::ordered_json toJson(const Record& record) {
         object[key] = std::visit(ValueToJson{}, value);
     }
     return object;
+}
+
+nlohmann::ordered_json toJson(const UrlList& urls) {
+    auto array = nlohmann::ordered_json::array();
+    for (const FileUrl& url : urls) {
+        array.push_back(url.text());
+    }
+    return array;
 }
 
 nlohmann::ordered_json toJson(const RecordList& records) {

@@ -30,10 +30,13 @@ void printSection(std::ostream& out, const Record& section) {
     }
     fmt::print(out, "{} {:<{}} {:>10}\n", tickMark(section), section.text("Name"), kNameWidth + 4,
                section.text("Size"));
+    // In a grouped section the rows with locations belong to the caption above them, and are shown under it.
+    const bool grouped = section.flag("isFromThornsweep");
     if (const RecordList* items = section.list("List")) {
         for (const RecordPtr& item : *items) {
-            fmt::print(out, "    {} {:<{}} {:>10}\n", tickMark(*item), item->text("NameText"), kNameWidth,
-                       item->text("sizeText"));
+            const int indent = grouped && item->flag("isHeader") ? 2 : 0;
+            fmt::print(out, "    {:{}}{} {:<{}} {:>10}\n", "", indent, tickMark(*item), item->text("NameText"),
+                       kNameWidth - indent, item->text("sizeText"));
         }
     }
 }

@@ -8,7 +8,8 @@
 namespace tidewell::cli {
 
 /// A section as the text mode shows it: its tick, name and size on one line, then one line per item with its
-/// tick and size. The promotion row is one line of its own.
+/// tick and size; in a grouped section (Browser Extensions) the rows under a caption are indented a little more.
+/// The promotion row is one line of its own.
 void printSection(std::ostream& out, const Record& section);
 
 /// The closing line of a scan: the measured total and the number of sections.

@@ -68,6 +68,8 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
         runners.emplace(app.get_subcommands({}).back(), std::move(runner));
     };
     add(addScanCommand);
+    add(addExtensionsCommand);
+    add(addInventoryCommand);
 
     std::vector<std::string> reversed(args.rbegin(), args.rend());
     try {

@@ -20,6 +20,11 @@ using CommandRunner = std::function<int(CommandContext&)>;
 
 /// Adds a command to the tool and returns what runs it. Each command lives in a file of its own.
 CommandRunner addScanCommand(CLI::App& app);
+/// `extensions [--json]`: the Chrome, Firefox and Safari extension inventories, grouped by browser.
+CommandRunner addExtensionsCommand(CLI::App& app);
+/// `inventory launch-agents|launch-daemons|app-support|apps [--json]`: one of the start-up, support-folder or
+/// application listings, in its order.
+CommandRunner addInventoryCommand(CLI::App& app);
 
 /// Prints a usage error found after parsing (a PATH that names nothing, say) as one line on the error stream and
 /// returns the usage exit status.

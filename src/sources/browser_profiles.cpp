@@ -1,8 +1,7 @@
 #include "sources/browser_profiles.hpp"
 
-#include <nlohmann/json.hpp>
-
 #include "catalogue/folders.hpp"
+#include "catalogue/json_reading.hpp"
 #include "sources/tables.hpp"
 
 namespace tidewell {
@@ -17,28 +16,17 @@ std::optional<std::vector<ChromeProfile>> readChromeProfiles(const DiskRoot& dis
         return std::nullopt;
     }
     std::vector<ChromeProfile> profiles;
-    // Parsed without exceptions: a malformed file is a discarded value. The ordered form keeps the profiles in
-    // the file's own order.
-    const auto json = nlohmann::ordered_json::parse(*contents, nullptr, false);
-    if (json.is_discarded() || !json.is_object()) {
+    // A malformed file has no profiles; the ordered form keeps them in the file's own order.
+    const std::optional<nlohmann::ordered_json> json = parseJson(*contents);
+    if (!json || !json->is_object()) {
         return profiles;
     }
-    const auto profile = json.find("profile");
-    if (profile == json.end() || !profile->is_object()) {
-        return profiles;
-    }
-    const auto infoCache = profile->find("info_cache");
-    if (infoCache == profile->end() || !infoCache->is_object()) {
+    const nlohmann::ordered_json* infoCache = valueAtKeyPath(*json, "profile.info_cache");
+    if (infoCache == nullptr || !infoCache->is_object()) {
         return profiles;
     }
     for (const auto& [folder, info] : infoCache->items()) {
-        std::string name;
-        if (info.is_object()) {
-            if (const auto found = info.find("name"); found != info.end() && found->is_string()) {
-                name = found->get<std::string>();
-            }
-        }
-        profiles.push_back({folder, std::move(name)});
+        profiles.push_back({folder, textAtKeyPath(info, "name")});
     }
     return profiles;
 }

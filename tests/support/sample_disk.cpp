@@ -2,6 +2,8 @@
 
 #include <sqlite3.h>
 
+#include <filesystem>
+#include <nlohmann/json.hpp>
 #include <stdexcept>
 
 namespace tidewell::testing {
@@ -74,6 +76,34 @@ void runInserts(sqlite3* db, const char* sql, std::int64_t id, const std::string
     }
 }
 
+// A manifest, and the files an extension's version folder holds.
+void writeChromeExtension(DiskBuilder& d, const std::string& folder, const nlohmann::ordered_json& manifest,
+                          std::size_t scriptBytes) {
+    d.text(folder + "/manifest.json", manifest.dump(2)).file(folder + "/background.js", scriptBytes);
+}
+
+// Three extensions in "Default" (one named through its messages, one with two installed versions, one with a
+// plain name) and the first of them again in "Profile 1".
+void writeSampleChromeExtensions(DiskBuilder& d) {
+    const std::string chrome = "Library/Application Support/Google/Chrome/";
+    for (const std::string profile : {"Default", "Profile 1"}) {
+        const std::string notes = chrome + profile + "/Extensions/aaaabbbbccccddddeeeeffffgggghhhh/2.1.0_0";
+        writeChromeExtension(
+            d, notes,
+            {{"manifest_version", 3}, {"name", "__MSG_appName__"}, {"version", "2.1.0"}, {"default_locale", "en"}},
+            24000);
+        d.text(notes + "/_locales/en/messages.json", R"({"appName":{"message":"Page Notes"}})")
+            .text(notes + "/_locales/fr/messages.json", R"({"appName":{"message":"Notes de page"}})");
+    }
+    const std::string extensions = chrome + "Default/Extensions/";
+    for (const std::string version : {"1.0.0_0", "1.1.0_0"}) {
+        writeChromeExtension(d, extensions + "hhhhggggffffeeeeddddccccbbbbaaaa/" + version,
+                             {{"manifest_version", 3}, {"name", "Tab Tidy"}, {"version", version.substr(0, 5)}}, 15000);
+    }
+    writeChromeExtension(d, extensions + "mmmmnnnnooooppppaaaabbbbccccdddd/4.0_0",
+                         {{"manifest_version", 2}, {"name", "Reader Mode Plus"}, {"version", "4.0"}}, 61000);
+}
+
 } // namespace
 
 void writeHistoryDatabase(const std::string& path, Browser browser, const std::vector<std::string>& urls) {
@@ -134,7 +164,9 @@ void writeSampleDisk(const std::string& root, const std::string& login) {
         .file("Library/Safari/Form Values", 1000)
         .file("Library/Safari/SearchDescriptions.plist", 500)
         .file("Library/Safari/WebFeedSources.plist", 300)
-        .folder("Library/Safari/Extensions");
+        .file("Library/Safari/Extensions/Extensions.plist", 1200)
+        .file("Library/Safari/Extensions/.DS_Store", 6148)
+        .file("Library/Safari/Extensions/Clip Saver.safariextz", 180000);
     writeHistoryDatabase(d.at("Library/Safari/History.db"), Browser::Safari, urls);
 
     // Chrome, two profiles
@@ -157,6 +189,7 @@ void writeSampleDisk(const std::string& root, const std::string& login) {
             .file(p + "Application Cache/Index", 4000);
         writeHistoryDatabase(d.at(p + "History"), Browser::Chrome, urls);
     }
+    writeSampleChromeExtensions(d);
     d.file("Library/Caches/Google/Chrome/Default/Cache/data_1", 300000)
         .file("Library/Caches/Google/Chrome/Default/Cache/data_2", 120000);
 
@@ -172,7 +205,24 @@ void writeSampleDisk(const std::string& root, const std::string& login) {
         .file(ff + "formhistory.sqlite", 30000)
         .file(ff + "permissions.sqlite", 8000)
         .file(ff + "content-prefs.sqlite", 8000)
-        .text(ff + "extensions.json", R"({"schemaVersion":35,"addons":[]})");
+        .file(ff + "extensions/notes@example.org/manifest.json", 400)
+        .file(ff + "extensions/notes@example.org/notes.js", 26000)
+        .file(ff + "features/default-theme@example.org.xpi", 9000);
+    // Firefox records absolute locations; the sample disk may be written under a relative root.
+    const std::string profile =
+        std::filesystem::absolute(d.at(ff.substr(0, ff.size() - 1))).lexically_normal().string() + "/";
+    const nlohmann::ordered_json addons = {{"schemaVersion", 35},
+                                           {"addons",
+                                            {{{"id", "notes@example.org"},
+                                              {"version", "3.2.1"},
+                                              {"defaultLocale", {{"name", "Quick Notes"}, {"creator", "Example Labs"}}},
+                                              {"descriptor", profile + "extensions/notes@example.org"},
+                                              {"path", profile + "extensions/notes@example.org.xpi"}},
+                                             {{"id", "default-theme@example.org"},
+                                              {"version", "1.3"},
+                                              {"defaultLocale", {{"name", "Default"}}},
+                                              {"path", profile + "features/default-theme@example.org.xpi"}}}}};
+    d.text(ff + "extensions.json", addons.dump());
     writeHistoryDatabase(d.at(ff + "places.sqlite"), Browser::Firefox, urls);
     d.file("Library/Caches/Firefox/Profiles/k2x9w0aq.default-release/cache2/entries/1F2E", 180000)
         .file("Library/Application Support/Firefox/Crash Reports/InstallTime20240101", 20);
@@ -195,6 +245,13 @@ void writeSampleDisk(const std::string& root, const std::string& login) {
         .file("Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2-journal", 500)
         .file("Library/Preferences/com.apple.finder.plist", 4000);
     d.file(".Trash/old-report.docx", 48000).file(".Trash/holiday.jpg", 350000);
+
+    // Start-up items, support folders and applications for the inventories
+    d.file("/Library/LaunchAgents/com.example.updater.agent.plist", 600)
+        .file("/Library/LaunchDaemons/com.example.printhelper.plist", 700)
+        .file("/Library/Application Support/Example Audio/Presets/warm.preset", 2000)
+        .file("Library/LaunchAgents/com.example.sync.plist", 500)
+        .app("/Users/" + login + "/Applications/Sketch Pad.app");
 }
 
 } // namespace tidewell::testing

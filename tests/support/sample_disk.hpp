@@ -20,7 +20,10 @@ void writeHistoryDatabase(const std::string& path, Browser browser, const std::v
 /// Writes the sample disk: the five applications and the Finder, and a home for `login` holding Safari data,
 /// Chrome with two profiles ("Default" as "Person 1", "Profile 1" as "Work"), Firefox with a "default-release"
 /// profile, Mail, Flash, container, log, quarantine and trash data, and history databases for all three
-/// browsers.
+/// browsers. Extensions: three Chrome extensions in "Default" ("Page Notes" named through its messages, "Tab Tidy"
+/// with two versions, "Reader Mode Plus") and "Page Notes" again in "Profile 1"; two Firefox add-ons of which
+/// the one named "Default" is not listed; a Safari extension beside "Extensions.plist" and ".DS_Store". Launch
+/// agents and daemons, support folders and an application in the home's Applications folder.
 void writeSampleDisk(const std::string& root, const std::string& login = "ann");
 
 } // namespace tidewell::testing

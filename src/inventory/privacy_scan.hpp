@@ -1,0 +1,84 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "catalogue/disk_root.hpp"
+#include "catalogue/records.hpp"
+#include "catalogue/size_walker.hpp"
+
+namespace tidewell {
+
+/// `PrivacyScan`: read-only inventories of the disk, as class operations without instances. Every fixed "/..."
+/// path is resolved under the disk root and every "/Users/%@" path is <root>/Users/<login name>. Nothing here
+/// changes a file; nothing is logged.
+///
+/// The extension inventories make `ExtensionRecord`s: records with exactly the keys "urlExt", "verExt",
+/// "nameExt", "sizeExt" (a 64-bit allocated byte count) and "PersonExt", in that order. A field that the
+/// browser's files lack, or hold as something other than text, is the empty text.
+class PrivacyScan {
+public:
+    PrivacyScan() = delete;
+
+    /// `getUrlListAt:`: the direct entries of a folder as locations (the folder joined with each name), hidden
+    /// ones included, packages as plain entries, in the file system's order. The first listing error ends the
+    /// list, keeping what came before it. A file or a missing path gives an empty list.
+    [[nodiscard]] static UrlList getUrlListAt(const FileUrl& folder);
+
+    /// `getChromeExtantionList`: one record per installed version folder of every Chrome profile named in
+    /// "Local State", in profile order, then listing order of identifier and version folders. "urlExt" is the
+    /// identifier folder (a FileUrl), "sizeExt" the allocated size of everything below it (so all versions of
+    /// one extension report the same total), "PersonExt" the profile's display name.
+    /// A version folder is passed over when it is empty or its "manifest.json" is missing, unreadable, not JSON
+    /// or not an object; also when its name is a "__MSG_" placeholder and it has no "_locales" at all.
+    /// Nothing (not an empty list) when "Local State" cannot be read; an empty list when it is malformed.
+    [[nodiscard]] static std::optional<RecordList> getChromeExtantionList(const DiskRoot& disk, SizeCounter& sizes);
+
+    /// `getFirefoxExtantionList`: one record per add-on of the "addons" list of every profile's
+    /// "extensions.json", in profile listing order then list order, without de-duplication. "urlExt" is the
+    /// location as Firefox recorded it (text, not a FileUrl): "descriptor" when it holds text, else "path", else
+    /// "". "sizeExt" is the allocated size below that location: 0 for a single file (a packed add-on), a link,
+    /// a relative or missing location. "PersonExt" is always "Default". An add-on whose "defaultLocale.name" is
+    /// exactly "Default" is skipped; one without a name is kept. A profile whose "extensions.json" is missing or
+    /// malformed, and an "addons" element that is not an object, add nothing.
+    [[nodiscard]] static RecordList getFirefoxExtantionList(const DiskRoot& disk, SizeCounter& sizes);
+
+    /// `getSafariExtantionList`: the listing of <home>/Library/Safari/Extensions, unfiltered (the "Extensions.plist"
+    /// and ".DS_Store" entries included); empty when the folder is missing.
+    [[nodiscard]] static UrlList getSafariExtantionList(const DiskRoot& disk);
+
+    /// `getLaunchAgentsList`: the listing of /Library/LaunchAgents, then of <home>/Library/LaunchAgents.
+    [[nodiscard]] static UrlList getLaunchAgentsList(const DiskRoot& disk);
+    /// `getLaunchDaemonsList`: the listing of /Library/LaunchDaemons, then of <home>/Library/LaunchDaemons.
+    [[nodiscard]] static UrlList getLaunchDaemonsList(const DiskRoot& disk);
+    /// `getApplicationSupportList`: the listing of "/Library/Application Support", then of the home's.
+    [[nodiscard]] static UrlList getApplicationSupportList(const DiskRoot& disk);
+    /// `getAppList`: `getApplicationList:` of /Applications, then of the whole home folder.
+    [[nodiscard]] static UrlList getAppList(const DiskRoot& disk);
+
+    /// `getApplicationList:`: every application bundle below a folder, depth first in listing order. Hidden
+    /// entries (names starting with ".") are left out and never searched; entries that are not folders (links
+    /// to folders included) are ignored. A package folder (see `isPackageName`) is taken when its extension is
+    /// exactly "app" and is never entered; any other folder is searched. Deep trees cost heap, not stack.
+    [[nodiscard]] static UrlList getApplicationList(const FileUrl& folder);
+};
+
+/// Whether a folder of this name is a package, that is a bundle the user sees as one file: its extension (the
+/// text after the last dot, the name not starting with that dot) is one of the bundle extensions the reference
+/// platform registers, compared without regard to case. "Foo.APP" is a package; "Foo.app.d" is not.
+[[nodiscard]] bool isPackageName(std::string_view name);
+
+/// The extension of a file name: the text after its last dot, when that dot is not the name's first character
+/// ("a.b.app" gives "app", ".hidden" and "plain" give "", "Foo." gives "").
+[[nodiscard]] std::string_view pathExtension(std::string_view name);
+
+/// A file name without its extension and the dot before it ("AdBlock.safariextz" gives "AdBlock", "a.b.c" gives
+/// "a.b"; ".hidden" and "plain" stay as they are).
+[[nodiscard]] std::string_view nameWithoutExtension(std::string_view name);
+
+/// Whether anything exists at an absolute path, links followed (the presence test made before a location is
+/// offered for cleaning). A path that is relative, empty or holds a NUL byte names nothing.
+[[nodiscard]] bool fileExistsAt(std::string_view path);
+
+} // namespace tidewell

@@ -1,0 +1,107 @@
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "inventory/privacy_scan.hpp"
+#include "support/disk_builder.hpp"
+
+namespace tidewell {
+namespace {
+
+using testing::DiskBuilder;
+using testing::TempFolder;
+
+// One document that every reader understands: as "Local State" it names the profile "Default", as a manifest
+// "__MSG_n__" version 1, as messages it resolves that to "M", and as "extensions.json" it lists one add-on.
+// Each reader is then fed the same damaged text.
+const std::string kValid =
+    R"({"profile":{"info_cache":{"Default":{"name":"P"}}},"name":"__MSG_n__","version":"1",)"
+    R"("n":{"message":"M"},"addons":[{"defaultLocale":{"name":"A"},"version":"1","path":"/x"}]})";
+
+std::string nested(std::size_t depth, std::string_view open, std::string_view close) {
+    std::string text;
+    for (std::size_t i = 0; i < depth; ++i) {
+        text += open;
+    }
+    for (std::size_t i = 0; i < depth; ++i) {
+        text += close;
+    }
+    return text;
+}
+
+class JsonReaders : public ::testing::Test {
+protected:
+    TempFolder temp;
+    DiskBuilder d{temp.path()};
+    SizeCounter sizes{0};
+
+    // Writes the text as all four files; gives the Chrome names and the number of Firefox add-ons read. A
+    // readable "Local State" never gives null, whatever it holds.
+    std::pair<std::vector<std::string>, std::size_t> readAll(std::string_view text) {
+        const std::string version = "Library/Application Support/Google/Chrome/Default/Extensions/id/1_0/";
+        d.text("Library/Application Support/Google/Chrome/Local State", text)
+            .text(version + "manifest.json", text)
+            .text(version + "_locales/en/messages.json", text)
+            .text("Library/Application Support/Firefox/Profiles/p.default/extensions.json", text);
+        const std::optional<RecordList> chrome = PrivacyScan::getChromeExtantionList(d.disk(), sizes);
+        EXPECT_TRUE(chrome.has_value());
+        std::vector<std::string> names;
+        for (const RecordPtr& record : chrome.value_or(RecordList{})) {
+            names.push_back(record->text("nameExt"));
+        }
+        return {names, PrivacyScan::getFirefoxExtantionList(d.disk(), sizes).size()};
+    }
+};
+
+TEST_F(JsonReaders, WellFormedDocumentsAreReadWhateverTheirDepthOrByteOrderMark) {
+    const std::string deepMember = kValid.substr(0, kValid.size() - 1) + ",\"deep\":" + nested(100'000, "[", "]") + "}";
+    for (const std::string& text : {kValid, "\xEF\xBB\xBF" + kValid, deepMember}) {
+        EXPECT_EQ(readAll(text), std::make_pair(std::vector<std::string>{"M"}, std::size_t{1}));
+    }
+}
+
+TEST_F(JsonReaders, DamagedOrForeignDocumentsGiveNothing) {
+    std::vector<std::string> damaged{
+        nested(100'000, "[", "]"),
+        nested(100'000, R"({"a":)", "}").insert(500'000, "1"),
+        std::string(100'000, '['),
+        R"({"version":1e400,)" + kValid.substr(1),
+        kValid.substr(0, 30) + "\xFF\xFE" + kValid.substr(30),
+        "{\"bad\":\"\xC0\xAF\"," + kValid.substr(1),
+        R"({"lone":"\ud800",)" + kValid.substr(1),
+        kValid + std::string(1, '\0') + "}",
+        kValid + kValid,
+    };
+    for (std::size_t length = 0; length < kValid.size(); ++length) {
+        damaged.push_back(kValid.substr(0, length)); // every truncation
+    }
+    for (const std::string& text : damaged) {
+        EXPECT_EQ(readAll(text), std::make_pair(std::vector<std::string>{}, std::size_t{0})) << text.substr(0, 60);
+    }
+}
+
+TEST_F(JsonReaders, WronglyTypedMembersReadAsEmptyText) {
+    EXPECT_EQ(readAll(R"({"profile":{"info_cache":{"Default":"x","Other":null}},"name":["x"],"version":{}})").first,
+              std::vector<std::string>{""});
+    EXPECT_EQ(readAll(R"({"profile":{"info_cache":{"Default":{"name":1}}},"name":"__MSG_n__","n":"x","addons":"x"})"),
+              std::make_pair(std::vector<std::string>{"__MSG_n__"}, std::size_t{0}));
+    EXPECT_EQ(readAll(R"({"profile":[],"addons":[1,null,[],{"defaultLocale":"x","path":5,"version":1e300}]})").second,
+              1U);
+}
+
+TEST_F(JsonReaders, RandomlyMutatedDocumentsAreReadWithoutACrash) {
+    std::mt19937 random(20261121);
+    std::uniform_int_distribution<std::size_t> position(0, kValid.size() - 1);
+    std::uniform_int_distribution<int> byte(0, 255);
+    for (int round = 0; round < 300; ++round) {
+        std::string text = kValid;
+        for (int flips = 1 + round % 3; flips > 0; --flips) {
+            text[position(random)] = static_cast<char>(byte(random));
+        }
+        const auto [chrome, firefox] = readAll(text);
+        EXPECT_LE(chrome.size() + firefox, 2U) << text;
+    }
+}
+
+} // namespace
+} // namespace tidewell

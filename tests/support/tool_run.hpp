@@ -1,0 +1,28 @@
+#pragma once
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "cli/cli.hpp"
+
+namespace tidewell::testing {
+
+/// What one in-process run of tidewell-cli gave.
+struct ToolRun {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+/// Runs tidewell-cli in this process with these arguments, no one at the keyboard.
+inline ToolRun runTool(const std::vector<std::string>& args) {
+    std::ostringstream out;
+    std::ostringstream err;
+    std::istringstream in;
+    cli::CliIo io{out, err, in, false};
+    const int status = cli::runCli(args, io);
+    return {status, out.str(), err.str()};
+}
+
+} // namespace tidewell::testing
