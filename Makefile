@@ -6,7 +6,7 @@ BUILD  := build/$(PRESET)
 WERROR := $(if $(filter true 1 yes,$(CI)),ON,OFF)
 SAMPLE := build/sample-disk
 
-.PHONY: all deps configure build run test bench clean
+.PHONY: all deps configure build run test bench screenshots package clean
 
 all: build
 
@@ -19,10 +19,19 @@ configure: deps
 build: configure
 	@cmake --build $(BUILD)
 
-# The main job: scan the sample disk.
+# The main job: the window application on the sample disk, or, with no display to show it on, the command-line
+# scan of the same disk. The window run keeps its settings, grant, login item and crash reports under build/, away
+# from the person's own Tidewell.
 run: build
 	@$(BUILD)/tests/support/tidewell-sample-disk $(SAMPLE) ann
-	$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann scan
+	@if [ -n "$${DISPLAY:-}$${WAYLAND_DISPLAY:-}" ]; then \
+		echo "XDG_CONFIG_HOME=build/run/config XDG_DATA_HOME=build/run/data $(BUILD)/src/tidewell --root $(SAMPLE) --user ann"; \
+		XDG_CONFIG_HOME=$(CURDIR)/build/run/config XDG_DATA_HOME=$(CURDIR)/build/run/data \
+			$(BUILD)/src/tidewell --root $(SAMPLE) --user ann; \
+	else \
+		echo "$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann scan"; \
+		$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann scan; \
+	fi
 
 test: build
 	@ctest --preset $(PRESET)
@@ -32,6 +41,15 @@ bench: deps
 	@cmake --preset release -DTIDEWELL_WERROR=$(WERROR) >/dev/null
 	@cmake --build build/release
 	build/release/bench/tidewell-bench-scan --cli build/release/src/tidewell-cli --disk build/bench-disk
+
+# The windows rendered offscreen to build/screenshots/*.png, to look at without a display.
+screenshots: build
+	@QT_QPA_PLATFORM=offscreen $(BUILD)/tests/app/tidewell-screenshots build/screenshots
+
+# A Debian package of tidewell and tidewell-cli, from an optimised build without tests: build/package/*.deb.
+package: deps
+	@cmake --preset package -DTIDEWELL_WERROR=$(WERROR) >/dev/null
+	@cmake --build build/package --target package
 
 clean:
 	rm -rf build

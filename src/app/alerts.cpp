@@ -1,0 +1,116 @@
+#include "app/alerts.hpp"
+
+#include <QApplication>
+#include <QMessageBox>
+#include <QPushButton>
+#include <algorithm>
+#include <deque>
+#include <memory>
+
+namespace tidewell {
+
+namespace {
+
+std::deque<int>& queuedAnswers() {
+    static std::deque<int> answers;
+    return answers;
+}
+
+std::vector<AlertContent>& record() {
+    static std::vector<AlertContent> alerts;
+    return alerts;
+}
+
+// One QMessageBox shaped as the alert says: bold message, informative text, the application's icon, the buttons in
+// order with the first as default.
+QMessageBox* makeBox(const AlertContent& content, QWidget* parent, std::vector<QPushButton*>& buttons) {
+    auto* box = new QMessageBox(parent);
+    box->setWindowTitle(QApplication::applicationDisplayName());
+    box->setText(content.messageText.isEmpty() ? QString()
+                                               : QStringLiteral("<b>%1</b>").arg(content.messageText.toHtmlEscaped()));
+    box->setInformativeText(content.informativeText);
+    box->setIconPixmap(QApplication::windowIcon().pixmap(48, 48));
+    const QStringList titles = content.buttons.isEmpty() ? QStringList{QStringLiteral("OK")} : content.buttons;
+    for (int index = 0; index < titles.size(); ++index) {
+        // Roles only place the buttons and tell Qt which one Escape presses: the first accepts, the escape button
+        // rejects, and any other is an action, so that Escape presses nothing it was not given.
+        const QMessageBox::ButtonRole role = index == 0                      ? QMessageBox::AcceptRole
+                                             : index == content.escapeButton ? QMessageBox::RejectRole
+                                                                             : QMessageBox::ActionRole;
+        buttons.push_back(box->addButton(titles[index], role));
+    }
+    box->setDefaultButton(buttons.front());
+    if (content.escapeButton && *content.escapeButton >= 0 && *content.escapeButton < titles.size()) {
+        box->setEscapeButton(buttons[static_cast<std::size_t>(*content.escapeButton)]);
+    }
+    return box;
+}
+
+// The queued test answer, if any; the alert is recorded either way.
+std::optional<int> takeQueuedAnswer(const AlertContent& content) {
+    record().push_back(content);
+    if (queuedAnswers().empty()) {
+        return std::nullopt;
+    }
+    const int answer = queuedAnswers().front();
+    queuedAnswers().pop_front();
+    return answer;
+}
+
+} // namespace
+
+int Alerts::runModal(const AlertContent& content) {
+    if (const std::optional<int> answer = takeQueuedAnswer(content)) {
+        return *answer;
+    }
+    std::vector<QPushButton*> buttons;
+    const std::unique_ptr<QMessageBox> box(makeBox(content, nullptr, buttons));
+    box->setWindowModality(Qt::ApplicationModal);
+    box->exec();
+    const auto pressed = std::find(buttons.begin(), buttons.end(), box->clickedButton());
+    // Closing the box from its title bar presses nothing; it counts as the last button, the one that declines.
+    const auto index =
+        pressed == buttons.end() ? buttons.size() - 1 : static_cast<std::size_t>(pressed - buttons.begin());
+    return kAlertFirstButtonReturn + static_cast<int>(index);
+}
+
+int Alerts::createAlertForInformativeText(const QString& informativeText, const QString& messageText,
+                                          QWidget* /*forWindow*/) {
+    return runModal({messageText, informativeText, {QStringLiteral("Yes"), QStringLiteral("No")}, 1});
+}
+
+void Alerts::createAlertForInformativeText(const QString& informativeText, const QString& messageText, bool runModal,
+                                           QWidget* forWindow) {
+    const AlertContent content{messageText, informativeText, {QStringLiteral("OK")}, std::nullopt};
+    if (!runModal || forWindow == nullptr) {
+        Alerts::runModal(content);
+        return;
+    }
+    if (takeQueuedAnswer(content)) {
+        return;
+    }
+    std::vector<QPushButton*> buttons;
+    QMessageBox* sheet = makeBox(content, forWindow, buttons);
+    sheet->setAttribute(Qt::WA_DeleteOnClose);
+    sheet->setWindowModality(Qt::WindowModal);
+    sheet->open();
+}
+
+void Alerts::answerNextAlert(int answer) {
+    queuedAnswers().push_back(answer);
+}
+
+const std::vector<AlertContent>& Alerts::shownAlerts() {
+    return record();
+}
+
+void Alerts::clearShownAlerts() {
+    record().clear();
+}
+
+void Alerts::resetSeam() {
+    queuedAnswers().clear();
+    record().clear();
+}
+
+} // namespace tidewell

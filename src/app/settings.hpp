@@ -1,0 +1,72 @@
+#pragma once
+
+#include <QByteArray>
+#include <QSettings>
+#include <QString>
+#include <QVariantMap>
+#include <optional>
+
+namespace tidewell {
+
+/// The keys of Tidewell's settings, the complete set it reads or writes.
+namespace keys {
+/// bool, registered YES at every launch (never stored): lets an uncaught exception end the process so that the
+/// crash reporter records it.
+inline const QString kCrashOnExceptions = QStringLiteral("NSApplicationCrashOnExceptions");
+/// bool, written NO at launch and at exit; nothing reads it.
+inline const QString kScan = QStringLiteral("Scan");
+/// bool, real-time scan on or off; absent reads as on.
+inline const QString kRealTimeScan = QStringLiteral("RealTimeScanONOFF");
+/// bool, start at login; absent reads as on and is written back.
+inline const QString kRunOnStart = QStringLiteral("kIsRunOnStart");
+/// bool, YES shows the main window in the taskbar; absent reads as NO and is written back.
+inline const QString kDockIcon = QStringLiteral("IsDockIcon");
+/// bytes, the grant for the home folder (or whichever of the allowed folders the person chose).
+inline const QString kSaveDirectory = QStringLiteral("SaveDirectory");
+/// bytes, the grant for the whole disk.
+inline const QString kSaveDirectoryForHD = QStringLiteral("SaveDirectoryForHD");
+} // namespace keys
+
+/// Tidewell's stored settings: one settings file, plus defaults registered in memory that are consulted for an
+/// absent key and never written. Every write reaches the file at once.
+class AppSettings {
+public:
+    /// The settings kept in file (an INI file, made on first write).
+    explicit AppSettings(const QString& file);
+
+    /// <user configuration folder>/tidewell/tidewell.conf ($XDG_CONFIG_HOME or ~/.config).
+    static QString defaultFile();
+
+    /// Adds defaults for absent keys, in memory only; a later registration of a key replaces the earlier.
+    void registerDefaults(const QVariantMap& defaults);
+
+    /// Whether the key holds a value: a stored one, or else a registered default.
+    [[nodiscard]] bool hasValue(const QString& key) const;
+    /// Whether the key holds a stored value (registered defaults do not count).
+    [[nodiscard]] bool isStored(const QString& key) const;
+
+    /// The key's value as a bool: the stored value, else the registered default, else false.
+    [[nodiscard]] bool boolForKey(const QString& key) const;
+    /// The key's bytes, or nothing when absent.
+    [[nodiscard]] std::optional<QByteArray> dataForKey(const QString& key) const;
+
+    /// Stores a value and synchronises.
+    void setBool(const QString& key, bool value);
+    void setData(const QString& key, const QByteArray& value);
+    /// Removes a stored value and synchronises; the registered default, if any, shows through again.
+    void removeObject(const QString& key);
+
+    /// Writes pending changes to the file and reads changes made by others.
+    void synchronize();
+
+    /// The settings file.
+    [[nodiscard]] QString fileName() const { return m_settings.fileName(); }
+
+private:
+    [[nodiscard]] QVariant valueForKey(const QString& key) const;
+
+    QSettings m_settings;
+    QVariantMap m_registered;
+};
+
+} // namespace tidewell
