@@ -165,8 +165,8 @@ TEST_F(ScanDriverTest, AnEmptyDiskStillHasTheSystemSectionAndThePromotionRow) {
     auto driver = makeDriver(standardBuilders());
     driver->resetAndAddavailbleApplications();
     queue.run();
-    EXPECT_EQ(names(*driver), (std::vector<std::string>{"System", "<Scan>"}));
-    const RecordPtr promotion = driver->availbleApp().at(1);
+    EXPECT_EQ(names(*driver), (std::vector<std::string>{"Adult History", "System", "<Scan>"}));
+    const RecordPtr promotion = driver->availbleApp().at(2);
     EXPECT_EQ(testing::keysOf(*promotion), std::vector<std::string>{"Type"});
 }
 

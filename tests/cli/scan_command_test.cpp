@@ -72,20 +72,20 @@ TEST_F(ScanCommand, TextShowsEachSectionWithItsItemsThenTheTotal) {
             sectionLines.push_back(line);
         }
     }
-    EXPECT_EQ(sectionLines, (std::vector<std::string>{"[x] Safari", "[x] Chrome", "[x] Firefox", "[x] System",
-                                                      "[x] Mail", "[x] Flash",
+    EXPECT_EQ(sectionLines, (std::vector<std::string>{"[x] Safari", "[x] Chrome", "[x] Firefox", "[x] Adult History",
+                                                      "[x] System", "[x] Mail", "[x] Flash",
                                                       "    Thornsweep: Detects and Removes"
                                                       " Adware"}));
     EXPECT_NE(run.out.find("    [ ] Bookmarks"), std::string::npos);
     EXPECT_NE(run.out.find("    [x] Cookies (Work)"), std::string::npos);
-    EXPECT_TRUE(run.out.ends_with("in 7 sections\n")) << run.out;
+    EXPECT_TRUE(run.out.ends_with("in 8 sections\n")) << run.out;
     EXPECT_TRUE(run.out.substr(run.out.rfind("Total: ")).starts_with("Total: ")) << run.out;
     EXPECT_TRUE(run.err.empty()) << run.err;
 }
 
 TEST_F(ScanCommand, JsonHoldsEveryRecordWithItsExactKeysAndKinds) {
     const nlohmann::json sections = catalogue({"scan", "--json"});
-    ASSERT_EQ(sections.size(), 7U);
+    ASSERT_EQ(sections.size(), 8U);
     const auto& safari = sections[0];
     std::vector<std::string> keys;
     for (const auto& [key, value] : safari.items()) {
@@ -119,9 +119,9 @@ TEST_F(ScanCommand, TicksApplyInTheOrderGivenAsTheWindowWould) {
     EXPECT_EQ(chrome["List"][10]["isChecked"], false);
     EXPECT_EQ(sectionNamed(sections, "Firefox")["isChecked"], true);
 
-    // The fourth row (System here) keeps its items' ticks when its own box is cleared.
-    const nlohmann::json fourth = catalogue({"scan", "--json", "--untick", "System"});
-    EXPECT_EQ(fourth[3]["Name"], "System");
+    // The fourth row (Adult History) keeps its items' ticks when its own box is cleared.
+    const nlohmann::json fourth = catalogue({"scan", "--json", "--untick", "Adult History"});
+    EXPECT_EQ(fourth[3]["Name"], "Adult History");
     EXPECT_EQ(fourth[3]["isChecked"], false);
     EXPECT_EQ(fourth[3]["List"][0]["isChecked"], true);
 }
