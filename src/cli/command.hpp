@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "catalogue/disk_root.hpp"
@@ -20,6 +21,11 @@ using CommandRunner = std::function<int(CommandContext&)>;
 
 /// Adds a command to the tool and returns what runs it. Each command lives in a file of its own.
 CommandRunner addScanCommand(CLI::App& app);
+CommandRunner addCleanCommand(CLI::App& app);
+CommandRunner addPurgeCommand(CLI::App& app);
+
+/// The running browsers as the run sees them: the injected probe, or the system's (kept in `owned`).
+const RunningApplications& runningApplications(CliIo& io, std::unique_ptr<RunningApplications>& owned);
 
 /// Prints a usage error found after parsing (a PATH that names nothing, say) as one line on the error stream and
 /// returns the usage exit status.
