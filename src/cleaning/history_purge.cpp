@@ -206,7 +206,8 @@ void purgeOpenDatabase(sqlite3* db, const HistoryTable& history, const std::vect
 std::string joinComponents(const std::string& base, const std::vector<std::string>& components) {
     std::string path = base == "/" ? "" : base;
     for (const std::string& component : components) {
-        path += "/" + component;
+        path.push_back('/');
+        path.append(component);
     }
     return path;
 }

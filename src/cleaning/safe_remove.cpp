@@ -39,10 +39,11 @@ DeletionBoundary::DeletionBoundary(std::string_view grantedFolder) {
         m_valid = true;
     }
     for (const std::string& component : m_grantedComponents) {
-        m_granted += "/" + component;
+        m_granted.push_back('/');
+        m_granted.append(component);
     }
-    if (m_granted.empty()) {
-        m_granted = m_valid ? "/" : "";
+    if (m_valid && m_granted.empty()) {
+        m_granted.push_back('/');
     }
 }
 
