@@ -76,6 +76,17 @@ void addRunningBrowsers(EntryList& list, const RecordList* sections, bool lookIn
     }
 }
 
+// True when no browser is listed; otherwise the panel shows the list.
+bool noneListed(const EntryList& list, const std::function<void(const RecordList&)>& show) {
+    if (list.entries().empty()) {
+        return true;
+    }
+    if (show) {
+        show(list.entries());
+    }
+    return false;
+}
+
 } // namespace
 
 const std::array<BrowserRow, 3>& browserTable() {
@@ -108,26 +119,14 @@ bool forceQuitBrowsers(const RecordList* sections, const DiskRoot& disk, const R
     }
     EntryList list(disk, running);
     addRunningBrowsers(list, sections, true);
-    if (list.entries().empty()) {
-        return true;
-    }
-    if (panel.displayPanel) {
-        panel.displayPanel(list.entries());
-    }
-    return false;
+    return noneListed(list, panel.displayPanel);
 }
 
 bool tryAgain(const RecordList* sections, const DiskRoot& disk, const RunningApplications& running,
               const BrowserPanel& panel) {
     EntryList list(disk, running);
     addRunningBrowsers(list, sections, false);
-    if (list.entries().empty()) {
-        return true;
-    }
-    if (panel.reloadPanel) {
-        panel.reloadPanel(list.entries());
-    }
-    return false;
+    return noneListed(list, panel.reloadPanel);
 }
 
 } // namespace tidewell

@@ -174,15 +174,8 @@ private:
         if (dir == nullptr) {
             return false;
         }
-        if (m_open == kMaxOpenLevels) {
-            for (Level& level : m_levels) {
-                if (level.dir != nullptr) {
-                    ::closedir(level.dir);
-                    level.dir = nullptr;
-                    --m_open;
-                    break;
-                }
-            }
+        if (m_open == kMaxOpenLevels && closeShallowestFolder(m_levels)) {
+            --m_open;
         }
         m_levels.push_back(Level{dir, dev, ino, name, {}});
         ++m_open;
@@ -218,17 +211,8 @@ private:
     // Reopens a closed folder from its child. It is read again from its start: what was removed is gone, and
     // what could not be removed is in its kept set.
     bool reopen(int childFd, Level& level) {
-        const int fd = ::openat(childFd, "..", kFolderFlags);
-        if (fd < 0) {
-            return false;
-        }
-        if (!sameFolder(fd, level.dev, level.ino)) {
-            ::close(fd);
-            return false;
-        }
-        DIR* dir = ::fdopendir(fd);
+        DIR* dir = reopenFolderAbove(childFd, level.dev, level.ino);
         if (dir == nullptr) {
-            ::close(fd);
             return false;
         }
         level.dir = dir;
