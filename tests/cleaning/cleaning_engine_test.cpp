@@ -46,7 +46,7 @@ TEST_F(CleaningEngineTest, CleansExactlyTheItemsTickedTrueWhateverTheirSectionsT
                  makeRecord({{"AllList", UrlList{FileUrl{d.at("c")}}}}), locations({"d"}, std::int64_t{1})},
                 false);
     const RecordPtr again = section({locations({"a", "e"}, true)}); // "a" is gone by then: passed over
-    CleaningEngine(CleanMode::Interactive, boundary())
+    CleaningEngine(CleanMode::RealTime, boundary())
         .cleanSelected({unticked, makeRecord({{"Type", std::string("Scan")}}), again});
     for (const char* name : {"b", "c"}) {
         EXPECT_TRUE(fs::exists(d.at(name))) << name;
@@ -54,7 +54,7 @@ TEST_F(CleaningEngineTest, CleansExactlyTheItemsTickedTrueWhateverTheirSectionsT
     for (const char* name : {"a", "d", "e"}) {
         EXPECT_FALSE(fs::exists(d.at(name))) << name;
     }
-    EXPECT_TRUE(logs.lines().empty());
+    EXPECT_EQ(logs.lines(), std::vector<std::string>{"Remove Start"});
 }
 
 TEST_F(CleaningEngineTest, AnAllListWinsOverAPathAndTheNameChoosesTheRoutine) {
@@ -69,27 +69,6 @@ TEST_F(CleaningEngineTest, AnAllListWinsOverAPathAndTheNameChoosesTheRoutine) {
     EXPECT_EQ(testing::tableDump(chrome, "urls").size(), 8U);
     EXPECT_EQ(testing::tableDump(d.at("places.sqlite"), "moz_places").size(), 7U);
     EXPECT_EQ(logs.lines(), std::vector<std::string>{"Chrome Deleted"}); // the window's Firefox text
-}
-
-TEST_F(CleaningEngineTest, TheHourlyModeLogsRemoveStartFirstAndRunsOneOwnedTaskPerDatabase) {
-    const RecordList items{database("Google Chrome Adult History", d.at("History"), Browser::Chrome),
-                           database("Safari Adult History", d.at("History.db"), Browser::Safari),
-                           database("Firefox Adult History", d.at("places.sqlite"), Browser::Firefox)};
-    {
-        CleaningEngine hourly(CleanMode::RealTime, boundary(), makeAdultWords({"porn", "sexcam"}));
-        hourly.cleanSelected({section({locations({"nothing-ticked"}, false)})});
-        hourly.cleanSelected({section(items)});
-    } // leaving the scope joins the tasks
-    std::vector<std::string> lines = logs.lines();
-    ASSERT_EQ(lines.size(), 5U);
-    EXPECT_EQ(lines[0], "Remove Start");
-    EXPECT_EQ(lines[1], "Remove Start");
-    std::sort(lines.begin() + 2, lines.end());
-    EXPECT_EQ(lines, (std::vector<std::string>{"Remove Start", "Remove Start", "Chrome Deleted", "Firefox Deleted",
-                                               "Safari Deleted"}));
-    EXPECT_EQ(testing::tableDump(d.at("History"), "urls").size(), 6U);
-    EXPECT_EQ(testing::tableDump(d.at("History.db"), "history_items").size(), 6U);
-    EXPECT_EQ(testing::tableDump(d.at("places.sqlite"), "moz_places").size(), 6U);
 }
 
 } // namespace
