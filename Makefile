@@ -41,6 +41,7 @@ bench: deps
 	@cmake --preset release -DTIDEWELL_WERROR=$(WERROR) >/dev/null
 	@cmake --build build/release
 	build/release/bench/tidewell-bench-scan --cli build/release/src/tidewell-cli --disk build/bench-disk
+	build/release/bench/tidewell-bench-purge
 
 # The windows rendered offscreen to build/screenshots/*.png, to look at without a display.
 screenshots: build

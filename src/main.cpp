@@ -9,6 +9,7 @@
 
 #include "app/app_delegate.hpp"
 #include "app/placeholder_main_window.hpp"
+#include "app/real_time_purge.hpp"
 #include "app/single_instance.hpp"
 #include "catalogue/disk_root.hpp"
 #include "platform/login_item.hpp"
@@ -85,12 +86,17 @@ int main(int argc, char** argv) {
         QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/Crash Reports")};
     tidewell::AppDelegate delegate(std::move(environment));
 
+    // Each hourly tick purges adult-site history inside the started grant; the purge's tasks run off the main
+    // thread and are waited for when Tidewell ends (the purger goes before the delegate).
+    tidewell::RealTimePurger purger(
+        *disk, [&delegate] { return delegate.grantedFolder(); }, tidewell::systemRunningApplications());
+    delegate.setRealTimePurge([&purger] { purger.run(); });
+
     // The main window (the item table) is not built yet: a plain window titled "Tidewell" stands in for it and
     // restores the settings as the real one will.
     delegate.setMainWindowFactory([](tidewell::AppDelegate& owner) -> std::unique_ptr<QWidget> {
         return std::make_unique<tidewell::PlaceholderMainWindow>(owner);
     });
-    // The hourly real-time purge (`addAdultContents` of the cleaning engine) is wired here once that engine is in.
 
     QObject::connect(&instance, &tidewell::SingleInstance::reopenRequested, &delegate, [&delegate] {
         bool visible = false;

@@ -11,6 +11,8 @@
 #include <memory>
 #include <variant>
 
+#include "catalogue/folders.hpp"
+
 namespace tidewell {
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -244,15 +246,8 @@ private:
             ::close(fd);
             return false;
         }
-        if (m_open == kMaxOpenLevels) {
-            for (Level& level : m_levels) {
-                if (level.dir != nullptr) {
-                    ::closedir(level.dir);
-                    level.dir = nullptr;
-                    --m_open;
-                    break;
-                }
-            }
+        if (m_open == kMaxOpenLevels && closeShallowestFolder(m_levels)) {
+            --m_open;
         }
         m_levels.push_back(Level{dir, dev, ino, 0});
         ++m_open;
@@ -274,18 +269,8 @@ private:
     }
 
     bool reopen(int childFd, Level& level) {
-        const int fd = ::openat(childFd, "..", kOpenFolderFlags);
-        if (fd < 0) {
-            return false;
-        }
-        struct stat st {};
-        if (::fstat(fd, &st) != 0 || st.st_dev != level.dev || st.st_ino != level.ino) {
-            ::close(fd);
-            return false;
-        }
-        DIR* dir = ::fdopendir(fd);
+        DIR* dir = reopenFolderAbove(childFd, level.dev, level.ino);
         if (dir == nullptr) {
-            ::close(fd);
             return false;
         }
         for (std::size_t i = 0; i < level.consumed; ++i) {

@@ -49,6 +49,16 @@ int reportUsageError(CliIo& io, std::string_view message) {
     return kExitUsage;
 }
 
+const RunningApplications& runningApplications(CliIo& io, std::unique_ptr<RunningApplications>& owned) {
+    if (io.running != nullptr) {
+        return *io.running;
+    }
+    if (!owned) {
+        owned = systemRunningApplications();
+    }
+    return *owned;
+}
+
 int runCli(const std::vector<std::string>& args, CliIo& io) {
     const LogRedirect logs(io.err);
 
@@ -70,6 +80,8 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
     add(addScanCommand);
     add(addExtensionsCommand);
     add(addInventoryCommand);
+    add(addCleanCommand);
+    add(addPurgeCommand);
 
     std::vector<std::string> reversed(args.rbegin(), args.rend());
     try {

@@ -12,16 +12,9 @@ CommandRunner addScanCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand("scan", "Scan the disk and show the catalogue, section by section");
     auto json = std::make_shared<bool>(false);
     command->add_flag("--json", *json, "Print the whole catalogue as JSON once the scan is done");
-    CLI::Option* tick = command->add_option("--tick", "Tick SECTION or SECTION/ITEM after the scan (repeatable)")
-                            ->type_name("PATH")
-                            ->expected(1)
-                            ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    CLI::Option* untick = command->add_option("--untick", "Untick SECTION or SECTION/ITEM after the scan (repeatable)")
-                              ->type_name("PATH")
-                              ->expected(1)
-                              ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    const TickOptions ticks = addTickOptions(*command);
 
-    return [command, json, tick, untick](CommandContext& context) {
+    return [command, json, ticks](CommandContext& context) {
         std::ostream& out = context.io.out;
         const bool streaming = !*json;
         ScanSession session(context.disk, standardBuilders(), [&](const RecordPtr& section) {
@@ -36,15 +29,13 @@ CommandRunner addScanCommand(CLI::App& app) {
             printTotal(out, session.driver().measuredBytes(), catalogue.size());
         }
 
-        const std::vector<TickRequest> requests = orderedTicks(*command, tick, untick);
-        for (const TickRequest& request : requests) {
-            if (auto applied = applyTick(catalogue, request); !applied) {
-                return reportUsageError(context.io, applied.error());
-            }
+        const auto applied = applyTicks(*command, ticks, catalogue);
+        if (!applied) {
+            return reportUsageError(context.io, applied.error());
         }
         if (*json) {
             out << toJson(catalogue.snapshot()).dump(2) << '\n';
-        } else if (!requests.empty()) {
+        } else if (*applied > 0) {
             out << "\nAfter the ticks:\n";
             for (const RecordPtr& section : catalogue.snapshot()) {
                 printSection(out, *section);

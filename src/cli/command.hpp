@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "catalogue/disk_root.hpp"
@@ -25,6 +26,11 @@ CommandRunner addExtensionsCommand(CLI::App& app);
 /// `inventory launch-agents|launch-daemons|app-support|apps [--json]`: one of the start-up, support-folder or
 /// application listings, in its order.
 CommandRunner addInventoryCommand(CLI::App& app);
+CommandRunner addCleanCommand(CLI::App& app);
+CommandRunner addPurgeCommand(CLI::App& app);
+
+/// The running browsers as the run sees them: the injected probe, or the system's (kept in `owned`).
+const RunningApplications& runningApplications(CliIo& io, std::unique_ptr<RunningApplications>& owned);
 
 /// Prints a usage error found after parsing (a PATH that names nothing, say) as one line on the error stream and
 /// returns the usage exit status.

@@ -46,6 +46,30 @@ std::vector<TickRequest> orderedTicks(const CLI::App& command, const CLI::Option
     return requests;
 }
 
+TickOptions addTickOptions(CLI::App& command) {
+    TickOptions options;
+    options.tick = command.add_option("--tick", "Tick SECTION or SECTION/ITEM after the scan (repeatable)")
+                       ->type_name("PATH")
+                       ->expected(1)
+                       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    options.untick = command.add_option("--untick", "Untick SECTION or SECTION/ITEM after the scan (repeatable)")
+                         ->type_name("PATH")
+                         ->expected(1)
+                         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+    return options;
+}
+
+std::expected<std::size_t, std::string> applyTicks(const CLI::App& command, const TickOptions& options,
+                                                   const Catalogue& catalogue) {
+    const std::vector<TickRequest> requests = orderedTicks(command, options.tick, options.untick);
+    for (const TickRequest& request : requests) {
+        if (auto applied = applyTick(catalogue, request); !applied) {
+            return std::unexpected(applied.error());
+        }
+    }
+    return requests.size();
+}
+
 std::expected<void, std::string> applyTick(const Catalogue& catalogue, const TickRequest& request) {
     const RecordList sections = catalogue.snapshot();
     const auto sectionNamed = [&](std::string_view name) -> std::optional<std::size_t> {

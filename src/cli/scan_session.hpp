@@ -50,6 +50,20 @@ struct TickRequest {
 [[nodiscard]] std::vector<TickRequest> orderedTicks(const CLI::App& command, const CLI::Option* tick,
                                                     const CLI::Option* untick);
 
+/// The --tick PATH and --untick PATH options of a command (each repeatable).
+struct TickOptions {
+    CLI::Option* tick = nullptr;
+    CLI::Option* untick = nullptr;
+};
+
+/// Adds --tick and --untick to a command.
+TickOptions addTickOptions(CLI::App& command);
+
+/// Applies the command's --tick and --untick in the order given (see applyTick); stops at the first PATH that
+/// names nothing and returns its error. Returns how many were applied.
+[[nodiscard]] std::expected<std::size_t, std::string> applyTicks(const CLI::App& command, const TickOptions& options,
+                                                                 const Catalogue& catalogue);
+
 /// Applies one PATH as the window's clicks would: "SECTION" sets the section's check box in the item table;
 /// "SECTION/ITEM" opens the section's details, sets the first item named ITEM and presses Done. A PATH that names
 /// no section or item is an error, and changes nothing.

@@ -6,7 +6,7 @@
 
 #include "app/not_access_vc.hpp"
 #include "app_fixture.hpp"
-#include "platform/log.hpp"
+#include "support/log_capture.hpp"
 
 namespace tidewell::testing {
 namespace {
@@ -103,15 +103,13 @@ TEST_F(AccessTest, AGrantThatCannotBeMadeRemovesTheOldOneAndSaysAccessDenied) {
     AppSettings(settingsFile).setData(keys::kSaveDirectory, "an earlier grant that no longer resolves");
     ::rename(disk.home().c_str(), (disk.home() + "-away").c_str());
     delegate = launch();
-    std::vector<std::string> lines;
-    const LogSink previous = setLogSink([&](std::string_view line) { lines.emplace_back(line); });
+    const LogCapture logs;
     Alerts::answerNextAlert(kAlertFirstButtonReturn);
     confirmWith(home());
-    setLogSink(previous);
 
     expectNothingGranted();
-    ASSERT_EQ(lines.size(), 1U);
-    EXPECT_NE(lines.front().find("] Error bookmarking selected URL: " + disk.home()), std::string::npos);
+    ASSERT_EQ(logs.lines().size(), 1U);
+    EXPECT_TRUE(logs.lines().front().starts_with("Error bookmarking selected URL: " + disk.home()));
     ASSERT_EQ(Alerts::shownAlerts().size(), 1U);
     EXPECT_EQ(Alerts::shownAlerts().front().informativeText, "Access Denied");
     EXPECT_EQ(Alerts::shownAlerts().front().messageText, "");

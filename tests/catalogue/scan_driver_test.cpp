@@ -165,7 +165,7 @@ TEST_F(ScanDriverTest, AnEmptyDiskStillHasTheSystemSectionAndThePromotionRow) {
     auto driver = makeDriver(standardBuilders());
     driver->resetAndAddavailbleApplications();
     queue.run();
-    EXPECT_EQ(names(*driver), (std::vector<std::string>{"Browser Extensions", "System", "<Scan>"}));
+    EXPECT_EQ(names(*driver), (std::vector<std::string>{"Adult History", "Browser Extensions", "System", "<Scan>"}));
     const RecordPtr promotion = driver->availbleApp().snapshot().back();
     EXPECT_EQ(testing::keysOf(*promotion), std::vector<std::string>{"Type"});
 }

@@ -56,9 +56,14 @@ void writeAll(const std::string& path, std::string_view contents) {
 
 } // namespace
 
-TempFolder::TempFolder() {
-    const char* base = std::getenv("TMPDIR");
-    std::string pattern = std::string(base != nullptr && *base != '\0' ? base : "/tmp") + "/tidewell-test-XXXXXX";
+TempFolder::TempFolder()
+    : TempFolder([] {
+          const char* base = std::getenv("TMPDIR");
+          return std::string(base != nullptr && *base != '\0' ? base : "/tmp");
+      }()) {}
+
+TempFolder::TempFolder(const std::string& base) {
+    std::string pattern = base + "/tidewell-test-XXXXXX";
     if (::mkdtemp(pattern.data()) == nullptr) {
         throw std::runtime_error("cannot make a temporary folder");
     }

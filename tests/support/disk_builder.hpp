@@ -14,6 +14,8 @@ namespace tidewell::testing {
 class TempFolder {
 public:
     TempFolder();
+    /// A fresh folder under base instead (a memory-backed folder for tests that write many small databases).
+    explicit TempFolder(const std::string& base);
     ~TempFolder();
     TempFolder(const TempFolder&) = delete;
     TempFolder& operator=(const TempFolder&) = delete;

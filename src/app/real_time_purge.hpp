@@ -1,0 +1,47 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "catalogue/disk_root.hpp"
+#include "cleaning/adult_words.hpp"
+#include "cleaning/cleaning_engine.hpp"
+#include "platform/running_apps.hpp"
+
+namespace tidewell {
+
+/// The hourly purge of the window face, what each tick of the real-time timer runs: `addAdultContents` of the
+/// cleaning engine on the disk, with a real-time engine whose deletion boundary is the started grant. The purge's
+/// per-database tasks run concurrently off the calling (main) thread; the purger keeps the engine, and with it
+/// the tasks, until it is destroyed or the grant's folder changes, and then waits for them.
+class RealTimePurger {
+public:
+    /// The started grant's folder, asked at every run; nothing while no grant is started.
+    using GrantedFolder = std::function<std::optional<std::string>()>;
+
+    RealTimePurger(DiskRoot disk, GrantedFolder grantedFolder, std::unique_ptr<RunningApplications> running,
+                   std::function<AdultWords()> loadWords = loadAdultWords);
+    /// Waits for the purge tasks still running.
+    ~RealTimePurger();
+    RealTimePurger(const RealTimePurger&) = delete;
+    RealTimePurger& operator=(const RealTimePurger&) = delete;
+
+    /// One run. Without a started grant nothing may be deleted, so nothing happens (not even a log line).
+    /// Otherwise `addAdultContents`: while a browser runs it logs "App Opens" and purges nothing. Returns whether
+    /// it purged.
+    bool run();
+
+    /// Waits until every purge task started so far has ended.
+    void joinAll();
+
+private:
+    DiskRoot m_disk;
+    GrantedFolder m_grantedFolder;
+    std::unique_ptr<RunningApplications> m_running;
+    std::function<AdultWords()> m_loadWords;
+    std::unique_ptr<CleaningEngine> m_engine;
+};
+
+} // namespace tidewell

@@ -1,0 +1,114 @@
+#include "cleaning/cleaning_engine.hpp"
+
+#include <string_view>
+
+#include "platform/log.hpp"
+
+namespace tidewell {
+
+namespace {
+
+using PurgeRoutine = void (*)(const FileUrl&, const PurgeContext&);
+
+PurgeRoutine routineFor(std::string_view nameText) {
+    if (nameText == "Google Chrome Adult History") {
+        return deleteChromeAdultHistory;
+    }
+    if (nameText == "Safari Adult History") {
+        return deleteSafariAdultHistory;
+    }
+    if (nameText == "Firefox Adult History") {
+        return deleteFireFoxAdultHistory;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+CleaningEngine::CleaningEngine(CleanMode mode, DeletionBoundary boundary, AdultWords words)
+    : m_mode(mode), m_boundary(std::move(boundary)), m_words(std::move(words)) {}
+
+CleaningEngine::~CleaningEngine() {
+    joinAll();
+}
+
+void CleaningEngine::setAdultWords(AdultWords words) {
+    const std::lock_guard lock(m_mutex);
+    m_words = std::move(words);
+}
+
+AdultWords CleaningEngine::adultWords() const {
+    const std::lock_guard lock(m_mutex);
+    return m_words;
+}
+
+void CleaningEngine::cleanSelected(const RecordList& sections) {
+    if (m_mode == CleanMode::RealTime) {
+        logLine("Remove Start");
+        reapFinishedTasks();
+    }
+    RecordList items;
+    for (const RecordPtr& section : sections) {
+        if (const RecordList* list = section->list("List")) {
+            items.insert(items.end(), list->begin(), list->end());
+        }
+    }
+    for (const RecordPtr& item : items) {
+        if (!isTrue(*item, "isChecked")) {
+            continue;
+        }
+        if (item->has("AllList")) {
+            if (const UrlList* locations = item->urls("AllList")) {
+                for (const FileUrl& location : *locations) {
+                    removeItem(m_boundary, location.path);
+                }
+            }
+        } else if (item->has("Path")) {
+            purge(item);
+        }
+    }
+}
+
+void CleaningEngine::purge(const RecordPtr& item) {
+    const PurgeRoutine routine = routineFor(item->text("NameText"));
+    if (routine == nullptr) {
+        return;
+    }
+    const AdultWords words = adultWords();
+    if (m_mode == CleanMode::Interactive) {
+        if (const FileUrl* path = item->url("Path")) {
+            routine(*path, PurgeContext{words, m_boundary, m_mode});
+        }
+        return;
+    }
+    auto done = std::make_shared<std::atomic<bool>>(false);
+    std::jthread thread([this, item, words, routine, done] {
+        // The "Path" is read when the task runs, not when it is queued.
+        if (const FileUrl* path = item->url("Path")) {
+            routine(*path, PurgeContext{words, m_boundary, m_mode});
+        }
+        done->store(true);
+    });
+    const std::lock_guard lock(m_mutex);
+    m_tasks.push_back(Task{std::move(thread), std::move(done)});
+}
+
+void CleaningEngine::reapFinishedTasks() {
+    const std::lock_guard lock(m_mutex);
+    std::erase_if(m_tasks, [](const Task& task) { return task.done->load(); });
+}
+
+void CleaningEngine::joinAll() {
+    std::vector<Task> tasks;
+    {
+        const std::lock_guard lock(m_mutex);
+        tasks.swap(m_tasks);
+    }
+    for (Task& task : tasks) {
+        if (task.thread.joinable()) {
+            task.thread.join();
+        }
+    }
+}
+
+} // namespace tidewell

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+#include "catalogue/records.hpp"
+#include "cleaning/adult_words.hpp"
+#include "cleaning/history_purge.hpp"
+#include "cleaning/safe_remove.hpp"
+
+namespace tidewell {
+
+/// The deletion step of the cleaning: `cleanSelected` of the window (Interactive) and `cleanSelected:` of the
+/// hourly purge (RealTime), one engine whose mode carries their differences.
+///
+/// Both delete the same things. The sections' own ticks are not consulted: every section's "List" is taken, in
+/// catalogue order (a record without one, the promotion row, gives nothing), and each item whose "isChecked" is
+/// exactly true is cleaned in order:
+/// - an item with an "AllList" (even an empty one) has each of its locations removed through the boundary;
+///   failures, and locations already gone, are passed over;
+/// - otherwise an item with a "Path" goes to the purge routine its "NameText" names ("Google Chrome Adult
+///   History", "Safari Adult History", "Firefox Adult History"); an item with another name is passed over.
+///
+/// Interactive: the routines run at once, in item order, on the calling thread.
+/// RealTime: "Remove Start" is logged first (even when nothing is ticked), and each routine runs as a task of its
+/// own, concurrently, reading the item's "Path" when it starts; `cleanSelected` may return before they end. The
+/// engine owns its tasks: `joinAll` waits for them, and so does the destructor.
+class CleaningEngine {
+public:
+    CleaningEngine(CleanMode mode, DeletionBoundary boundary, AdultWords words = makeAdultWords({}));
+    ~CleaningEngine();
+    CleaningEngine(const CleaningEngine&) = delete;
+    CleaningEngine& operator=(const CleaningEngine&) = delete;
+
+    [[nodiscard]] CleanMode mode() const { return m_mode; }
+    [[nodiscard]] const DeletionBoundary& boundary() const { return m_boundary; }
+
+    /// `adultWords`: the list the purge routines use from now on. Tasks already started keep the list they began
+    /// with.
+    void setAdultWords(AdultWords words);
+    [[nodiscard]] AdultWords adultWords() const;
+
+    /// Cleans what is ticked in sections, as described above.
+    void cleanSelected(const RecordList& sections);
+
+    /// Waits until every purge task started so far has ended.
+    void joinAll();
+
+private:
+    struct Task {
+        std::jthread thread;
+        std::shared_ptr<std::atomic<bool>> done;
+    };
+
+    void purge(const RecordPtr& item);
+    void reapFinishedTasks();
+
+    CleanMode m_mode;
+    DeletionBoundary m_boundary;
+    mutable std::mutex m_mutex; // the word list and the task list
+    AdultWords m_words;
+    std::vector<Task> m_tasks;
+};
+
+} // namespace tidewell

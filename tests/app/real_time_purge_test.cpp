@@ -1,0 +1,88 @@
+#include <gtest/gtest.h>
+
+#include <QTest>
+
+#include "app/real_time_purge.hpp"
+#include "app_fixture.hpp"
+#include "support/fake_running_apps.hpp"
+#include "support/literal_purge.hpp"
+#include "support/log_capture.hpp"
+#include "support/sample_disk.hpp"
+
+namespace tidewell::testing {
+namespace {
+
+// The sample disk's Safari history holds eight visits, one of them to an adult site.
+class RealTimePurgeTest : public AppFixture {
+protected:
+    std::string safari;
+    std::string chrome;
+
+    void SetUp() override {
+        AppFixture::SetUp();
+        writeSampleDisk(disk.root());
+        safari = disk.at("Library/Safari/History.db");
+        chrome = disk.at("Library/Application Support/Google/Chrome/Default/History");
+    }
+};
+
+TEST_F(RealTimePurgeTest, NothingIsPurgedWithoutAStartedGrantOrWhileABrowserRuns) {
+    const LogCapture logs;
+    {
+        RealTimePurger ungranted(
+            disk.disk(), [] { return std::nullopt; },
+            std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
+            [] { return makeAdultWords({"porn"}); });
+        EXPECT_FALSE(ungranted.run());
+    }
+    EXPECT_TRUE(logs.lines().empty());
+    {
+        RealTimePurger busy(
+            disk.disk(), [&] { return std::optional(disk.home()); },
+            std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{"Firefox"}}),
+            [] { return makeAdultWords({"porn"}); });
+        EXPECT_FALSE(busy.run());
+    }
+    EXPECT_EQ(logs.lines(), std::vector<std::string>{"App Opens"});
+    EXPECT_EQ(tableDump(safari, "history_items").size(), 8U);
+}
+
+TEST_F(RealTimePurgeTest, TheStartedGrantIsTheBoundaryOfThePurge) {
+    std::optional<std::string> granted = disk.at("/Users/bob");
+    RealTimePurger purge(
+        disk.disk(), [&] { return granted; },
+        std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
+        [] { return makeAdultWords({"porn"}); });
+    EXPECT_TRUE(purge.run());
+    purge.joinAll();
+    EXPECT_EQ(tableDump(safari, "history_items").size(), 8U) << "ann's history lies outside bob's grant";
+
+    granted = disk.at("/Users");
+    EXPECT_TRUE(purge.run());
+    purge.joinAll();
+    EXPECT_EQ(tableDump(safari, "history_items").size(), 7U);
+    EXPECT_EQ(tableDump(chrome, "urls").size(), 7U);
+}
+
+TEST_F(RealTimePurgeTest, TheHourlyTickPurgesInsideTheGrantOfTheLaunch) {
+    storeGrant("/Users/ann");
+    const auto delegate = makeDelegate();
+    RealTimePurger purge(
+        disk.disk(), [&] { return delegate->grantedFolder(); },
+        std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
+        [] { return makeAdultWords({"porn"}); });
+    int runs = 0;
+    delegate->setRealTimePurge([&] {
+        ++runs;
+        purge.run();
+    });
+    delegate->setRealTimePeriod(std::chrono::milliseconds(30));
+    delegate->applicationDidFinishLaunching();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return runs >= 1; }, 5000));
+    delegate->realTimeScanChange(false);
+    purge.joinAll();
+    EXPECT_EQ(tableDump(safari, "history_items").size(), 7U);
+}
+
+} // namespace
+} // namespace tidewell::testing

@@ -1,0 +1,108 @@
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "cli/cli.hpp"
+#include "support/fake_running_apps.hpp"
+#include "support/literal_purge.hpp"
+#include "support/sample_disk.hpp"
+
+namespace tidewell::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+struct ToolRun {
+    int status;
+    std::string out;
+    std::string err;
+};
+
+// Each test cleans its own copy of the sample disk.
+class CleaningCommands : public ::testing::Test {
+protected:
+    CleaningCommands() { testing::writeSampleDisk(disk); }
+
+    ToolRun run(std::vector<std::string> args, const testing::FakeRunningApps& running, std::string answer = "",
+                bool terminal = false) {
+        args.insert(args.begin(), {"--root", disk, "--user", "ann"});
+        std::ostringstream out;
+        std::ostringstream err;
+        std::istringstream in(answer);
+        CliIo io{out, err, in, terminal, &running, [this](std::chrono::seconds wait) { pauses.push_back(wait); }};
+        const int status = runCli(args, io);
+        return {status, out.str(), err.str()};
+    }
+    [[nodiscard]] std::map<std::string, std::string> home() const { return testing::treeContents(disk + "/Users"); }
+    [[nodiscard]] std::size_t safariVisits() const {
+        return testing::tableDump(disk + "/Users/ann/Library/Safari/History.db", "history_items").size();
+    }
+
+    testing::TempFolder temp;
+    std::string disk = temp.path() + "/disk";
+    testing::FakeRunningApps nothingRuns{{}};
+    std::vector<std::chrono::seconds> pauses;
+};
+
+TEST_F(CleaningCommands, CleanDeletesNothingWithoutAYesOrWhileAConcernedBrowserRuns) {
+    const auto before = home();
+    EXPECT_EQ(run({"clean"}, nothingRuns).status, 4);
+    const ToolRun no = run({"clean"}, nothingRuns, "n\n", true);
+    EXPECT_EQ(no.status, 4);
+    EXPECT_EQ(no.err, "Are you sure you want to erase selected privacy data? [y/N] ");
+    const ToolRun stopped = run({"clean"}, testing::FakeRunningApps{{"Google Chrome", "Terminal"}}, " Yes\n", true);
+    EXPECT_EQ(stopped.status, 3);
+    EXPECT_TRUE(stopped.err.ends_with("] Not added\nClose these browsers to continue: Chrome\n")) << stopped.err;
+    EXPECT_EQ(home(), before);
+}
+
+TEST_F(CleaningCommands, CleanCanWaitForTheBrowsersToQuitLookingAgainAsRetryDoes) {
+    const testing::FakeRunningApps quitting{{"Firefox", "Safari"}, {"Safari"}, {"Safari"}, {}};
+    const ToolRun waited = run({"clean", "--yes", "--wait"}, quitting);
+    EXPECT_EQ(waited.status, 0);
+    const std::size_t said = waited.err.find("Close these browsers to continue: Safari, Firefox\n");
+    EXPECT_NE(said, std::string::npos) << waited.err;
+    EXPECT_EQ(said, waited.err.rfind("Close these")) << "said once";
+    EXPECT_EQ(pauses, std::vector<std::chrono::seconds>(3, std::chrono::seconds(2)));
+    EXPECT_FALSE(fs::exists(disk + "/Users/ann/Library/Safari/History.db"));
+}
+
+TEST_F(CleaningCommands, CleanRemovesWhatIsTickedAndPrintsTheNewCatalogue) {
+    const ToolRun cleaned =
+        run({"clean", "--yes", "--json", "--untick", "Safari", "--tick", "Safari/Bookmarks"}, nothingRuns);
+    ASSERT_EQ(cleaned.status, 0) << cleaned.err;
+    const std::string safari = disk + "/Users/ann/Library/Safari/";
+    EXPECT_FALSE(fs::exists(safari + "Bookmarks.plist"));
+    EXPECT_TRUE(fs::exists(safari + "LastSession.plist"));
+    EXPECT_FALSE(fs::exists(disk + "/Users/ann/Library/Application Support/Google/Chrome/Default/Cookies"));
+    EXPECT_EQ(safariVisits(), 5U); // the shipped list found three adult visits
+    const auto catalogue = nlohmann::json::parse(cleaned.out);
+    EXPECT_EQ(catalogue[0]["Name"], "Safari");
+    EXPECT_EQ(catalogue[0]["List"][3]["NameText"], "Bookmarks");
+    EXPECT_EQ(catalogue[0]["List"][3]["sizeText"], "0 byte");
+    EXPECT_EQ(catalogue[0]["List"][5]["sizeText"], "4 KB");
+}
+
+TEST_F(CleaningCommands, PurgeRunsTheHourlyPurgeOnceUnlessABrowserRuns) {
+    const auto before = home();
+    const ToolRun skipped = run({"purge"}, testing::FakeRunningApps{{"Safari"}});
+    EXPECT_EQ(skipped.status, 0);
+    EXPECT_NE(skipped.err.find("] App Opens\n"), std::string::npos);
+    EXPECT_EQ(home(), before);
+
+    testing::TempFolder words;
+    testing::DiskBuilder(words.path()).text("/words.txt", "weather\nsexcam\n");
+    const ToolRun purged = run({"purge", "--words", words.path() + "/words.txt"}, nothingRuns);
+    EXPECT_EQ(purged.status, 0);
+    EXPECT_EQ(safariVisits(), 6U);
+    EXPECT_LT(purged.err.find("] Data Collection"), purged.err.find("] Remove Start"));
+    for (const char* text : {"] Chrome Deleted", "] Safari Deleted", "] Firefox Deleted"}) {
+        EXPECT_GT(purged.err.find(text), purged.err.find("] Remove Start")) << text;
+    }
+    EXPECT_EQ(run({"purge", "--words", words.path() + "/none.txt"}, nothingRuns).status, 2);
+}
+
+} // namespace
+} // namespace tidewell::cli
