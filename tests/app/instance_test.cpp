@@ -46,11 +46,6 @@ TEST(SingleInstanceTest, TheSocketOfATidewellThatCrashedDoesNotBlockTheNextStart
     EXPECT_TRUE(next.listen());
 }
 
-TEST(SingleInstanceTest, TwoSettingsFilesAreTwoTidewells) {
-    EXPECT_EQ(SingleInstance::serverNameFor("/a/tidewell.conf"), SingleInstance::serverNameFor("/a/tidewell.conf"));
-    EXPECT_NE(SingleInstance::serverNameFor("/a/tidewell.conf"), SingleInstance::serverNameFor("/b/tidewell.conf"));
-}
-
 // The real program, with its folders in a temporary place.
 class ProgramTest : public ::testing::Test {
 protected:
