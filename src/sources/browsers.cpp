@@ -14,18 +14,7 @@ BuilderOutcome noSection() {
 } // namespace
 
 BuilderOutcome addSafariDetails(ScanEnv& env) {
-    const tables::SourceSpec& source = tables::kSafari;
-    if (!env.disk.exists(source.app)) {
-        return noSection();
-    }
-    const BaseResolver base = [&](tables::Base which) {
-        return which == tables::Base::SafariFolder ? env.disk.inHome(tables::kSafariFolder) : env.disk.homeUrl();
-    };
-    RecordList items;
-    for (const tables::ItemSpec& spec : source.items) {
-        items.push_back(makeTableItem(spec, std::string(spec.name), base));
-    }
-    return measuredSection(env, std::string(source.title), std::move(items), env.disk.resolve(source.app));
+    return tableSection(env, tables::kSafari);
 }
 
 BuilderOutcome addGoogleChromeDetails(ScanEnv& env) {

@@ -37,6 +37,27 @@ BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items,
     return {std::move(section), bytes, true};
 }
 
+BuilderOutcome tableSection(ScanEnv& env, const tables::SourceSpec& source) {
+    if (!env.disk.exists(source.app)) {
+        return {};
+    }
+    const BaseResolver base = [&](tables::Base which) {
+        switch (which) {
+        case tables::Base::SafariFolder:
+            return env.disk.inHome(tables::kSafariFolder);
+        case tables::Base::MailLibrary:
+            return env.disk.inHome(tables::kMailLibrary);
+        default:
+            return env.disk.homeUrl();
+        }
+    };
+    RecordList items;
+    for (const tables::ItemSpec& spec : source.items) {
+        items.push_back(makeTableItem(spec, std::string(spec.name), base));
+    }
+    return measuredSection(env, std::string(source.title), std::move(items), env.disk.resolve(source.app));
+}
+
 std::string fillName(std::string_view nameTemplate, std::string_view value) {
     std::string out(nameTemplate);
     if (const auto at = out.find("%@"); at != std::string::npos) {

@@ -23,6 +23,11 @@ using BaseResolver = std::function<FileUrl(tables::Base)>;
 /// "isEnabled" and "isFromThornsweep" false, in that order.
 [[nodiscard]] BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items, std::string image);
 
+/// A section built straight from its path table (Safari, Mail, Flash): nothing when the application is absent;
+/// otherwise the table's items, in order, rooted at the home folder, "Library/Safari" or Mail's container, then
+/// measured. The section's image is the application's path.
+[[nodiscard]] BuilderOutcome tableSection(ScanEnv& env, const tables::SourceSpec& source);
+
 /// "%@" in a name template replaced by a value (the first occurrence, as a format with one argument does).
 [[nodiscard]] std::string fillName(std::string_view nameTemplate, std::string_view value);
 

@@ -66,20 +66,6 @@ UrlList trashEntries(const DiskRoot& disk) {
     return entries;
 }
 
-BuilderOutcome tableSection(ScanEnv& env, const tables::SourceSpec& source) {
-    if (!env.disk.exists(source.app)) {
-        return {};
-    }
-    const BaseResolver base = [&](tables::Base which) {
-        return which == tables::Base::MailLibrary ? env.disk.inHome(tables::kMailLibrary) : env.disk.homeUrl();
-    };
-    RecordList items;
-    for (const tables::ItemSpec& spec : source.items) {
-        items.push_back(makeTableItem(spec, std::string(spec.name), base));
-    }
-    return measuredSection(env, std::string(source.title), std::move(items), env.disk.resolve(source.app));
-}
-
 } // namespace
 
 std::string urlTextAsPath(const FileUrl& folder) {
