@@ -8,11 +8,11 @@
 #include <cstdio>
 
 #include "app/app_delegate.hpp"
-#include "app/placeholder_main_window.hpp"
 #include "app/real_time_purge.hpp"
 #include "app/single_instance.hpp"
 #include "catalogue/disk_root.hpp"
 #include "platform/login_item.hpp"
+#include "ui/main_window.hpp"
 #include "version.hpp"
 
 namespace {
@@ -92,11 +92,8 @@ int main(int argc, char** argv) {
         *disk, [&delegate] { return delegate.grantedFolder(); }, tidewell::systemRunningApplications());
     delegate.setRealTimePurge([&purger] { purger.run(); });
 
-    // The main window (the item table) is not built yet: a plain window titled "Tidewell" stands in for it and
-    // restores the settings as the real one will.
-    delegate.setMainWindowFactory([](tidewell::AppDelegate& owner) -> std::unique_ptr<QWidget> {
-        return std::make_unique<tidewell::PlaceholderMainWindow>(owner);
-    });
+    // The main window (the item table) and the browser panel are made by the delegate when it needs them.
+    tidewell::installWindowFactories(delegate);
 
     QObject::connect(&instance, &tidewell::SingleInstance::reopenRequested, &delegate, [&delegate] {
         bool visible = false;

@@ -14,6 +14,7 @@
 #include <QWidget>
 
 #include "app/alerts.hpp"
+#include "app/browser_panel_window.hpp"
 #include "app/not_access_vc.hpp"
 #include "app/notification_centre.hpp"
 #include "app/open_panel.hpp"
@@ -83,6 +84,10 @@ void AppDelegate::setMainWindowFactory(MainWindowFactory factory) {
 
 void AppDelegate::setRealTimePurge(RealTimePurge purge) {
     m_realTimePurge = std::move(purge);
+}
+
+void AppDelegate::setBrowserWindowFactory(BrowserWindowFactory factory) {
+    m_browserWindowFactory = std::move(factory);
 }
 
 // --- The application's life ---
@@ -310,6 +315,7 @@ void AppDelegate::makeAppChanges() {
             setStartAtLoginEnabled(m_runOnStart);
             realTimeScanning(m_isRealTimeProtectionON);
             refreshStatusItem();
+            emit settingsChanged();
         },
         Qt::QueuedConnection);
 }
@@ -319,18 +325,21 @@ void AppDelegate::realTimeScanChange(bool on) {
     m_settings.setBool(keys::kRealTimeScan, on);
     realTimeScanning(on);
     refreshStatusItem();
+    emit settingsChanged();
 }
 
 void AppDelegate::runAtStartupChange(bool on) {
     m_runOnStart = on;
     m_settings.setBool(keys::kRunOnStart, on);
     setStartAtLoginEnabled(on);
+    emit settingsChanged();
 }
 
 void AppDelegate::hideDockChange(bool hide) {
     m_dockIcon = !hide;
     m_settings.setBool(keys::kDockIcon, !hide);
     seticonShow(!hide);
+    emit settingsChanged();
 }
 
 void AppDelegate::realTimeScanning(bool on) {
@@ -499,14 +508,32 @@ std::optional<std::string> AppDelegate::grantedFolder() const {
 
 // --- Browser panel ---
 
-void AppDelegate::setBrowserWindow(QWidget* browserWindow) {
-    m_browserWindow = browserWindow;
+void AppDelegate::displayPanel(const RecordList& entries) {
+    // The panel belongs to the main window it is a sheet of; a new main window gets a panel of its own.
+    if (!m_browserWindow && m_browserWindowFactory && m_windCMain) {
+        m_browserWindow = m_browserWindowFactory(*this, *m_windCMain);
+    }
+    if (!m_browserWindow) {
+        return;
+    }
+    m_browserWindow->setBrowserList(entries);
+    m_browserWindow->beginSheet();
+}
+
+void AppDelegate::reloadPanel(const RecordList& entries) {
+    if (m_browserWindow) {
+        m_browserWindow->setBrowserList(entries);
+    }
 }
 
 void AppDelegate::disMissPanel() {
     if (m_browserWindow) {
-        m_browserWindow->hide();
+        m_browserWindow->endSheet();
     }
+}
+
+BrowserPanelWindow* AppDelegate::browserWindow() const {
+    return m_browserWindow;
 }
 
 QString AppDelegate::relativeDateStringForDate(const QDateTime& date) {

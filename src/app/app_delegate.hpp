@@ -12,8 +12,10 @@
 #include <optional>
 #include <string>
 
+#include "app/browser_panel_window.hpp"
 #include "app/settings.hpp"
 #include "catalogue/disk_root.hpp"
+#include "catalogue/records.hpp"
 #include "platform/folder_grant.hpp"
 #include "platform/login_item.hpp"
 
@@ -48,8 +50,9 @@ struct AppEnvironment {
 /// The main window meets it through a small surface: the factory it is given (setMainWindowFactory), which must
 /// call makeAppChanges once the window is made; the settings check boxes (realTimeScanChange, runAtStartupChange,
 /// hideDockChange) and the current values to show in them (isRealTimeProtectionON, runOnStart, dockIcon); getHelp;
-/// minimizeTo; mainWindow; grantedFolder (the deletion boundary); disMissPanel and the notification centre; and the
-/// alert helpers in app/alerts.hpp. Everything here runs on the main thread.
+/// minimizeTo; mainWindow; grantedFolder (the deletion boundary); the browser panel (made through the factory given
+/// to setBrowserWindowFactory, shown by displayPanel and reloadPanel, ended by disMissPanel) and the notification
+/// centre; and the alert helpers in app/alerts.hpp. Everything here runs on the main thread.
 class AppDelegate : public QObject {
     Q_OBJECT
 public:
@@ -59,6 +62,8 @@ public:
     /// One real-time purge of adult-site history (`addAdultContents` of the cleaning engine): it checks the
     /// browsers, and hands each database to a task of its own off the main thread. Called on the main thread.
     using RealTimePurge = std::function<void()>;
+    /// Makes the browser panel (the window "BrowserWindow") as a sheet of the given main window, which owns it.
+    using BrowserWindowFactory = std::function<BrowserPanelWindow*(AppDelegate&, QWidget& mainWindow)>;
 
     /// The hourly period of the real-time scan.
     static constexpr std::chrono::milliseconds kRealTimePeriod{std::chrono::hours(1)};
@@ -75,6 +80,7 @@ public:
     void setMainWindowFactory(MainWindowFactory factory);
     /// The purge each tick of the real-time timer runs; with none, a tick does nothing.
     void setRealTimePurge(RealTimePurge purge);
+    void setBrowserWindowFactory(BrowserWindowFactory factory);
 
     // --- The application's life ---
 
@@ -209,13 +215,24 @@ public:
 
     // --- Browser panel ---
 
-    /// The window the browser panel shows as, for disMissPanel (the main window sets it when it makes the panel).
-    void setBrowserWindow(QWidget* browserWindow);
-    /// Ends the browser panel ("DismissPanel"): hides its window; nothing when there is none.
+    /// `displayPanel:`: makes the panel on first use (as a sheet of the main window as made; nothing without a main
+    /// window or a factory), sets its rows to entries and begins the sheet. The panel is made once and reused for
+    /// every later cleaning while the main window lives.
+    void displayPanel(const RecordList& entries);
+    /// `reloadPanel:`: replaces the rows of the panel; the sheet stays up. Nothing before the panel was made.
+    void reloadPanel(const RecordList& entries);
+    /// `disMissPanel` (and "DismissPanel"): ends the sheet; nothing when there is no panel.
     void disMissPanel();
+    /// `browserWindow`: the panel once made; null before, and after its main window went.
+    [[nodiscard]] BrowserPanelWindow* browserWindow() const;
 
     /// Relative dates for the last scan; see app/relative_date.hpp.
     static QString relativeDateStringForDate(const QDateTime& date);
+
+signals:
+    /// isRealTimeProtectionON, runOnStart or dockIcon may have changed: after the settings restore, a check box or
+    /// the status menu.
+    void settingsChanged();
 
 private:
     void startCrashReporting();
@@ -228,12 +245,13 @@ private:
     StartedGrants m_startedGrants;
     MainWindowFactory m_mainWindowFactory;
     RealTimePurge m_realTimePurge;
+    BrowserWindowFactory m_browserWindowFactory;
     std::chrono::milliseconds m_realTimePeriod = kRealTimePeriod;
 
     std::unique_ptr<QWidget> m_windCMain;
     QPointer<QWidget> m_window;
     QPointer<NotAccessVC> m_notAccessWindow;
-    QPointer<QWidget> m_browserWindow;
+    QPointer<BrowserPanelWindow> m_browserWindow;
     std::unique_ptr<QMenu> m_menuStatusBar;
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     QTimer* m_realTimeScanningTimer = nullptr;

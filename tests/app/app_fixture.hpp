@@ -5,21 +5,32 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QSettings>
+#include <QWidget>
 #include <memory>
 #include <string>
 
 #include "app/alerts.hpp"
 #include "app/app_delegate.hpp"
 #include "app/open_panel.hpp"
-#include "app/placeholder_main_window.hpp"
 #include "app/settings.hpp"
 #include "platform/folder_grant.hpp"
 #include "support/disk_builder.hpp"
 
 namespace tidewell::testing {
 
+/// The delegate's side of a main window, without the window's own work: made unshown, it asks the delegate to
+/// restore the settings as the real window does when it loads.
+class StandInMainWindow : public QWidget {
+public:
+    explicit StandInMainWindow(AppDelegate& delegate) {
+        setObjectName(QStringLiteral("mainWindowID"));
+        resize(560, 400);
+        delegate.makeAppChanges();
+    }
+};
+
 /// A disk with ann's home, settings and an autostart folder in a fresh temporary folder, and delegates made on
-/// them with the placeholder main window. Alerts and panels answer only what a test queues.
+/// them with the stand-in main window. Alerts and panels answer only what a test queues.
 class AppFixture : public ::testing::Test {
 protected:
     TempFolder temp;
@@ -44,7 +55,7 @@ protected:
             disk.disk(), settingsFile, {autostartFolder, "/usr/bin/tidewell"}, launchedAtLogin, QString()});
         delegate->setMainWindowFactory([this](AppDelegate& owner) -> std::unique_ptr<QWidget> {
             ++windowsMade;
-            return std::make_unique<PlaceholderMainWindow>(owner);
+            return std::make_unique<StandInMainWindow>(owner);
         });
         return delegate;
     }

@@ -8,6 +8,7 @@
 #include <QTest>
 #include <QTimer>
 
+#include "app/browser_panel_window.hpp"
 #include "app/not_access_vc.hpp"
 #include "app/notification_centre.hpp"
 #include "app_fixture.hpp"
@@ -167,18 +168,67 @@ TEST_F(StartUpTest, QuittingFromTheAccessWindowEndsTheApplicationAndWritesScan) 
     EXPECT_FALSE(QApplication::quitOnLastWindowClosed()) << "only Quit ends Tidewell, not closing its windows";
 }
 
-TEST_F(StartUpTest, TheDismissPanelNotificationEndsTheBrowserPanel) {
+// The panel as the delegate sees it, recording what it is asked.
+class RecordingPanel final : public BrowserPanelWindow {
+public:
+    using BrowserPanelWindow::BrowserPanelWindow;
+    RecordList rows;
+    bool shown = false;
+    void setBrowserList(const RecordList& entries) override { rows = entries; }
+    void beginSheet() override { shown = true; }
+    void endSheet() override { shown = false; }
+    [[nodiscard]] bool isSheetShown() const override { return shown; }
+};
+
+TEST_F(StartUpTest, TheBrowserPanelIsMadeOnceForTheMainWindowAndEndedByTheDismissPanelNotification) {
     storeGrant("/Users/ann");
-    QWidget panel;
-    panel.show();
     const auto delegate = makeDelegate();
-    delegate->setBrowserWindow(&panel);
-    NotificationCentre::defaultCenter().postNotificationName(kDismissPanelNotification);
-    EXPECT_TRUE(panel.isVisible()) << "observed only from the start-up on";
+    std::vector<QWidget*> madeFor;
+    delegate->setBrowserWindowFactory([&](AppDelegate&, QWidget& mainWindow) -> BrowserPanelWindow* {
+        madeFor.push_back(&mainWindow);
+        return new RecordingPanel(&mainWindow);
+    });
+    const RecordList firefox{makeRecord({{"NameBrowser", std::string("Firefox")}})};
+    const RecordList both{makeRecord({{"NameBrowser", std::string("Chrome")}}), firefox.front()};
+
+    delegate->displayPanel(firefox);
+    EXPECT_TRUE(madeFor.empty()) << "no main window to be a sheet of yet";
+    EXPECT_EQ(delegate->browserWindow(), nullptr);
+
     delegate->applicationDidFinishLaunching();
+    delegate->displayPanel(both);
+    ASSERT_EQ(madeFor, std::vector<QWidget*>{delegate->windCMain()});
+    auto* panel = dynamic_cast<RecordingPanel*>(delegate->browserWindow());
+    ASSERT_NE(panel, nullptr);
+    EXPECT_TRUE(panel->shown);
+    EXPECT_EQ(panel->rows, both);
+
+    delegate->reloadPanel(firefox);
+    EXPECT_EQ(panel->rows, firefox);
+    EXPECT_TRUE(panel->shown) << "a reload leaves the sheet up";
+
     EXPECT_TRUE(NotificationCentre::defaultCenter().postNotificationName(kDismissPanelNotification));
-    EXPECT_FALSE(panel.isVisible());
+    EXPECT_FALSE(panel->shown);
     EXPECT_FALSE(NotificationCentre::defaultCenter().postNotificationName("NoSuchName"));
+
+    delegate->displayPanel(firefox);
+    EXPECT_EQ(madeFor.size(), 1U) << "made once, reused";
+    EXPECT_TRUE(panel->shown);
+}
+
+TEST_F(StartUpTest, TheDismissPanelNotificationIsObservedOnlyFromTheStartUpOn) {
+    storeGrant("/Users/ann");
+    const auto delegate = makeDelegate();
+    RecordingPanel* panel = nullptr;
+    delegate->setBrowserWindowFactory([&](AppDelegate&, QWidget& mainWindow) -> BrowserPanelWindow* {
+        panel = new RecordingPanel(&mainWindow);
+        return panel;
+    });
+    delegate->makeUIForApp();
+    delegate->displayPanel({});
+    ASSERT_NE(panel, nullptr);
+    NotificationCentre::defaultCenter().postNotificationName(kDismissPanelNotification);
+    EXPECT_TRUE(panel->shown);
 }
 
 class UrlCatcher : public QObject {

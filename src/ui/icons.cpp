@@ -1,0 +1,59 @@
+#include "ui/icons.hpp"
+
+#include <QFile>
+#include <array>
+#include <utility>
+
+namespace tidewell {
+
+namespace {
+
+const QString kGenericImage = QStringLiteral("application");
+
+// The applications whose presence a section tests, by their bundle's name.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kApplicationImages{{
+    {"Safari.app", "browser_safari"},
+    {"Google Chrome.app", "browser_chrome"},
+    {"Firefox.app", "browser_firefox"},
+    {"Mail.app", "mail"},
+    {"Adobe Flash Player Install Manager.app", "flash"},
+    {"Finder.app", "system"},
+}};
+
+QString resourceFor(const QString& name) {
+    return QStringLiteral(":/icons/%1.svg").arg(name);
+}
+
+} // namespace
+
+QString imageNameForImg(std::string_view img) {
+    if (img.find('/') == std::string_view::npos && !img.ends_with(".app")) {
+        return img.empty() ? kGenericImage : QString::fromUtf8(img.data(), static_cast<qsizetype>(img.size()));
+    }
+    while (img.ends_with('/')) {
+        img.remove_suffix(1);
+    }
+    const std::size_t slash = img.rfind('/');
+    const std::string_view bundle = slash == std::string_view::npos ? img : img.substr(slash + 1);
+    for (const auto& [name, image] : kApplicationImages) {
+        if (bundle == name) {
+            return QString::fromLatin1(image.data(), static_cast<qsizetype>(image.size()));
+        }
+    }
+    return kGenericImage;
+}
+
+QIcon namedImage(const QString& name) {
+    const QString file = resourceFor(name);
+    return QIcon(QFile::exists(file) ? file : resourceFor(kGenericImage));
+}
+
+QPixmap imagePixmap(const QString& name, int size, qreal devicePixelRatio) {
+    // Drawn from the vector at the screen's density rather than scaled from a small bitmap.
+    const int pixels = qRound(size * devicePixelRatio);
+    QPixmap pixmap = namedImage(name).pixmap(pixels, pixels);
+    pixmap.setDevicePixelRatio(devicePixelRatio);
+    return pixmap;
+}
+
+} // namespace tidewell

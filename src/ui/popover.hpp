@@ -1,0 +1,83 @@
+#pragma once
+
+#include <QColor>
+#include <QObject>
+#include <QPointer>
+#include <QWidget>
+
+namespace tidewell {
+
+/// `INPopoverWindow`: the window of a popover: a rounded body in the popover's colour holding its content view,
+/// with an arrow on its top or bottom edge that points at what the popover is about. It is a popup: a click
+/// outside it closes it.
+class INPopoverWindow : public QWidget {
+    Q_OBJECT
+public:
+    /// Up: the arrow is on the top edge and the popover hangs below what it points at; Down: the reverse.
+    enum class ArrowDirection { Up, Down };
+
+    static constexpr int kArrowHeight = 9;
+    static constexpr int kArrowHalfWidth = 10;
+    static constexpr int kCornerRadius = 8;
+    static constexpr int kPadding = 16;
+
+    /// A popover window around content, which it takes.
+    explicit INPopoverWindow(QWidget* content);
+
+    [[nodiscard]] QWidget* contentView() const { return m_content; }
+    void setColor(const QColor& color);
+    [[nodiscard]] QColor color() const { return m_color; }
+
+    /// Places the arrow: its direction, and its tip's distance from the window's left edge.
+    void setArrow(ArrowDirection direction, int tipX);
+    [[nodiscard]] ArrowDirection arrowDirection() const { return m_direction; }
+    /// The tip of the arrow, in the window's coordinates.
+    [[nodiscard]] QPoint arrowTip() const;
+
+    /// The window's size for its content, arrow included.
+    [[nodiscard]] QSize sizeHint() const override;
+
+signals:
+    /// The popover went off screen, by a click outside it or by closePopover.
+    void closed();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private:
+    void layOutContent();
+
+    QWidget* m_content;
+    QColor m_color{Qt::white};
+    ArrowDirection m_direction = ArrowDirection::Up;
+    int m_tipX = 0;
+};
+
+/// `INPopoverController`: shows a content view in a popover whose arrow points at a rectangle of another view,
+/// below it where the screen has room and above it otherwise, kept on the screen.
+class INPopoverController : public QObject {
+    Q_OBJECT
+public:
+    /// A controller for content, which the popover takes.
+    explicit INPopoverController(QWidget* content, QObject* parent = nullptr);
+    ~INPopoverController() override;
+    INPopoverController(const INPopoverController&) = delete;
+    INPopoverController& operator=(const INPopoverController&) = delete;
+
+    /// The popover's colour (white unless set).
+    void setColor(const QColor& color);
+
+    /// Shows the popover with its arrow at the middle of rect's near edge; rect is in view's coordinates.
+    void presentPopoverFromRect(const QRect& rect, QWidget& view);
+    void closePopover();
+    [[nodiscard]] bool popoverIsVisible() const;
+
+    [[nodiscard]] INPopoverWindow* popoverWindow() const { return m_window; }
+    [[nodiscard]] QWidget* contentView() const { return m_window->contentView(); }
+
+private:
+    INPopoverWindow* m_window;
+};
+
+} // namespace tidewell

@@ -1,0 +1,192 @@
+#include "ui/selection_view.hpp"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPushButton>
+#include <QVBoxLayout>
+#include <QWheelEvent>
+
+#include "ui/widgets.hpp"
+
+namespace tidewell {
+
+const QColor ToolsSelectionCell::kBandColor{226, 236, 241};
+const QColor SelectionView::kVeilColor = QColor::fromRgbF(0.2F, 0.2F, 0.2F, 0.8F);
+
+namespace {
+
+constexpr int kCardSideMargin = 28;
+constexpr int kCardVerticalMargin = 20;
+constexpr int kCardPadding = 18;
+constexpr int kIndentStep = 22;
+
+// A white card with softly rounded corners; the table's outline is drawn around the frame that holds it.
+class Card : public QWidget {
+public:
+    using QWidget::QWidget;
+    QWidget* outlined = nullptr;
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(Qt::white);
+        painter.drawRoundedRect(QRectF(rect()), 10, 10);
+        if (outlined != nullptr) {
+            painter.setRenderHint(QPainter::Antialiasing, false);
+            painter.setPen(QColor(218, 218, 218));
+            painter.setBrush(Qt::NoBrush);
+            painter.drawRect(outlined->geometry().adjusted(0, 0, -1, -1));
+        }
+    }
+};
+
+// A band behind a caption row: a plain tinted rectangle.
+class Band : public QWidget {
+public:
+    using QWidget::QWidget;
+
+protected:
+    void paintEvent(QPaintEvent* /*event*/) override {
+        QPainter(this).fillRect(rect(), ToolsSelectionCell::kBandColor);
+    }
+};
+
+} // namespace
+
+// --- ToolsSelectionCell ---
+
+ToolsSelectionCell::ToolsSelectionCell(QWidget* parent)
+    : QWidget(parent), m_backBox(new Band(this)), m_checkBox(new TickBox(this)), m_nameText(new QLabel(this)),
+      m_sizeText(new QLabel(this)), m_indent(new QWidget(this)) {
+    setObjectName(QStringLiteral("ToolsSelectionCell"));
+    m_backBox->setObjectName(QStringLiteral("backBox"));
+    m_checkBox->setObjectName(QStringLiteral("checkBox"));
+    m_nameText->setObjectName(QStringLiteral("nameText"));
+    m_sizeText->setObjectName(QStringLiteral("sizeText"));
+    m_backBox->lower();
+    m_indent->setFixedWidth(kIndentStep);
+    m_indent->hide();
+    m_sizeText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
+
+    QPalette text = m_nameText->palette();
+    text.setColor(QPalette::WindowText, kTextColor);
+    m_nameText->setPalette(text);
+    text.setColor(QPalette::WindowText, kMutedTextColor);
+    m_sizeText->setPalette(text);
+
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(14, 0, 16, 0);
+    row->setSpacing(0);
+    row->addWidget(m_indent);
+    row->addWidget(m_checkBox);
+    row->addSpacing(8);
+    row->addWidget(m_nameText, 1);
+    row->addSpacing(10);
+    row->addWidget(m_sizeText);
+}
+
+void ToolsSelectionCell::setCaption(bool caption) {
+    m_backBox->setVisible(caption);
+    QFont font = m_nameText->font();
+    font.setBold(caption);
+    m_nameText->setFont(font);
+}
+
+void ToolsSelectionCell::setIndented(bool indented) {
+    m_indent->setVisible(indented);
+}
+
+void ToolsSelectionCell::resizeEvent(QResizeEvent* event) {
+    m_backBox->setGeometry(rect());
+    QWidget::resizeEvent(event);
+}
+
+// --- SelectionView ---
+
+SelectionView::SelectionView(QWidget* parent)
+    : QWidget(parent), m_card(new Card(this)), m_title(new QLabel(m_card)), m_tableFrame(new QWidget(m_card)),
+      m_table(new CellTable(2, m_tableFrame)), m_done(new QPushButton(QStringLiteral("Done"), m_card)) {
+    setObjectName(QStringLiteral("selectionView"));
+    m_card->setObjectName(QStringLiteral("selectionCard"));
+    m_table->setObjectName(QStringLiteral("selectionTable"));
+    m_done->setObjectName(QStringLiteral("doneButton"));
+    static_cast<Card*>(m_card)->outlined = m_tableFrame;
+
+    auto* frame = new QVBoxLayout(m_tableFrame);
+    frame->setContentsMargins(1, 1, 1, 1);
+    frame->addWidget(m_table);
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(m_done);
+
+    auto* layout = new QVBoxLayout(m_card);
+    layout->setContentsMargins(kCardPadding, 14, kCardPadding, 14);
+    layout->setSpacing(12);
+    layout->addWidget(m_title);
+    layout->addWidget(m_tableFrame);
+    layout->addLayout(buttons);
+    awakeFromNib();
+}
+
+void SelectionView::awakeFromNib() {
+    QFont heading = m_title->font();
+    heading.setBold(true);
+    heading.setPointSizeF(heading.pointSizeF() * 1.15);
+    m_title->setFont(heading);
+    QPalette text = m_title->palette();
+    text.setColor(QPalette::WindowText, kTextColor);
+    m_title->setPalette(text);
+    stylePrimaryButton(*m_done);
+    m_done->setMinimumWidth(96);
+    m_done->setAutoDefault(false);
+}
+
+void SelectionView::setTableHeight(int height) {
+    m_tableHeight = height;
+    m_tableFrame->setFixedHeight(height);
+    placeCard();
+}
+
+int SelectionView::neededHeight() const {
+    return m_card->layout()->sizeHint().height() + 2 * kCardVerticalMargin;
+}
+
+void SelectionView::placeCard() {
+    const int cardHeight = m_card->layout()->sizeHint().height();
+    const int cardWidth = std::max(0, width() - 2 * kCardSideMargin);
+    m_card->setGeometry(kCardSideMargin, std::max(0, (height() - cardHeight) / 2), cardWidth, cardHeight);
+}
+
+void SelectionView::paintEvent(QPaintEvent* /*event*/) {
+    QPainter(this).fillRect(rect(), kVeilColor);
+}
+
+void SelectionView::resizeEvent(QResizeEvent* event) {
+    placeCard();
+    QWidget::resizeEvent(event);
+}
+
+// The veil keeps every click and scroll to itself, so the item table beneath stays as it is while the panel is
+// open.
+void SelectionView::mousePressEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void SelectionView::mouseReleaseEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void SelectionView::mouseDoubleClickEvent(QMouseEvent* event) {
+    event->accept();
+}
+
+void SelectionView::wheelEvent(QWheelEvent* event) {
+    event->accept();
+}
+
+} // namespace tidewell

@@ -1,0 +1,99 @@
+#pragma once
+
+#include <QAbstractButton>
+#include <QPoint>
+#include <QPointer>
+#include <QWidget>
+#include <optional>
+
+class QLabel;
+class QVBoxLayout;
+
+namespace tidewell {
+
+/// `WindowButton`: one of the title bar's own round buttons, quit or minimise, drawn from Tidewell's images. It
+/// darkens a little under the pointer and when pressed.
+class WindowButton : public QAbstractButton {
+    Q_OBJECT
+public:
+    enum class Kind { Quit, Minimise };
+
+    explicit WindowButton(Kind kind, QWidget* parent = nullptr);
+    [[nodiscard]] Kind kind() const { return m_kind; }
+    [[nodiscard]] QSize sizeHint() const override;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void enterEvent(QEnterEvent* event) override;
+    void leaveEvent(QEvent* event) override;
+
+private:
+    Kind m_kind;
+    bool m_hovered = false;
+};
+
+/// `WindowLightVIew`: the title bar of a window without a system frame. It shows the window's title in the middle
+/// and the quit and minimise buttons on the left, and moves its window when dragged: through the windowing
+/// system's own move where it offers one, else by following the pointer.
+class WindowLightVIew : public QWidget {
+    Q_OBJECT
+public:
+    explicit WindowLightVIew(QWidget* parent = nullptr);
+
+    /// The bar's height.
+    static constexpr int kHeight = 38;
+
+    void setTitle(const QString& title);
+    [[nodiscard]] QString title() const;
+    [[nodiscard]] WindowButton* quitButton() const { return m_quit; }
+    [[nodiscard]] WindowButton* minimizeButton() const { return m_minimize; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    QLabel* m_title;
+    WindowButton* m_quit;
+    WindowButton* m_minimize;
+    // Where the pointer holds the window, from the window's top-left corner, while it is dragged by hand.
+    std::optional<QPoint> m_grab;
+};
+
+/// `CustomWindow`: a window without a system frame, with rounded corners (radius 6), its own title bar
+/// (WindowLightVIew) and one content view under it. The window is as large as the content asks (its width fixed,
+/// its height following the content), so a content that grows or shrinks resizes it.
+///
+/// The bar's quit and minimise buttons only say they were pressed (quitRequested, minimizeRequested); the
+/// application decides what they do.
+class CustomWindow : public QWidget {
+    Q_OBJECT
+public:
+    explicit CustomWindow(QWidget* parent = nullptr);
+
+    static constexpr int kCornerRadius = 6;
+
+    /// Puts view under the title bar; the window owns it. A view set before is deleted.
+    void setContentView(QWidget* view);
+    [[nodiscard]] QWidget* contentView() const { return m_content; }
+    [[nodiscard]] WindowLightVIew* titleBar() const { return m_titleBar; }
+    /// The part of the window under the title bar, in the window's coordinates.
+    [[nodiscard]] QRect contentRect() const;
+
+signals:
+    void quitRequested();
+    void minimizeRequested();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    WindowLightVIew* m_titleBar;
+    QVBoxLayout* m_layout;
+    QPointer<QWidget> m_content;
+};
+
+} // namespace tidewell

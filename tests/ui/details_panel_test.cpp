@@ -1,0 +1,240 @@
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QWheelEvent>
+
+#include "window_fixture.hpp"
+
+namespace tidewell::testing {
+namespace {
+
+class DetailsPanelTest : public WindowFixture {
+protected:
+    /// A grouped section ("Browser Extensions"-like): rows given as (name, caption).
+    static RecordPtr groupedSection(const std::vector<std::pair<std::string, bool>>& rows) {
+        RecordList items;
+        for (const auto& [name, caption] : rows) {
+            items.push_back(itemNamed(name, !caption));
+        }
+        auto section = sectionNamed("Browser Extensions", std::move(items), true, "Browser_ext");
+        section->set("isFromThornsweep", true);
+        return section;
+    }
+
+    /// Opens the panel for row and checks it is the very record of the catalogue.
+    void open(int row) {
+        controller().showDetailsFor(row);
+        ASSERT_TRUE(controller().selectionView()->isVisible());
+        ASSERT_EQ(controller().toolsSelectedDic(), section(row));
+    }
+
+    [[nodiscard]] Qt::CheckState shown(int row) const { return panelRow(row).checkBox()->checkState(); }
+    void click(int row) const { panelRow(row).checkBox()->click(); }
+};
+
+TEST_F(DetailsPanelTest, ThePanelIsSizedForItsRowsCappedAtFourPlainOrSixGrouped) {
+    launch(std::vector<SectionBuilder>{builderOf([] { return sectionOfSize("Three", 3); }),
+                                       builderOf([] { return sectionOfSize("Ten", 10); }), builderOf([] {
+                                           std::vector<std::pair<std::string, bool>> rows{{"Safari Extensions", true}};
+                                           for (int i = 0; i < 9; ++i) {
+                                               rows.emplace_back("Extension " + std::to_string(i), false);
+                                           }
+                                           return groupedSection(rows);
+                                       }),
+                                       builderOf([] { return sectionOfSize("D", 1); }),
+                                       builderOf([] { return sectionOfSize("E", 1); }),
+                                       builderOf([] { return sectionOfSize("F", 1); })});
+    const CellTable& table = *controller().selectionView()->table();
+    EXPECT_EQ(table.tag(), 2);
+    EXPECT_EQ(controller().itemTable()->tag(), 1);
+
+    open(0);
+    EXPECT_EQ(controller().selectionView()->titleText()->text(), "Three");
+    EXPECT_EQ(table.rowHeight(), 50);
+    EXPECT_TRUE(table.usesAlternatingRowBackgroundColors());
+    EXPECT_EQ(table.numberOfRows(), 3);
+    EXPECT_EQ(controller().heightSelectionTable(), 152);
+    EXPECT_EQ(controller().itemTable()->scrollPosition(), 8) << "the item table moves to (0, 8) under the panel";
+    controller().selectionView()->doneButton()->click();
+    EXPECT_FALSE(controller().selectionView()->isVisible());
+
+    open(1);
+    EXPECT_EQ(table.numberOfRows(), 10);
+    EXPECT_EQ(controller().heightSelectionTable(), 202);
+    controller().doneActionFromselectionView();
+
+    open(2);
+    EXPECT_EQ(table.rowHeight(), 36);
+    EXPECT_FALSE(table.usesAlternatingRowBackgroundColors());
+    EXPECT_EQ(controller().heightSelectionTable(), 218);
+    EXPECT_EQ(panelRow(0).height(), 36);
+}
+
+TEST_F(DetailsPanelTest, CaptionsAreBoldOnABandAndSizesShowOnlyWhereItemsHaveThem) {
+    launch(std::vector<SectionBuilder>{builderOf([] {
+        auto section = groupedSection({{"Safari Extensions", true}, {"Clip Saver", false}, {"Reset", true}});
+        section->list("List")->at(1)->set("sizeText", std::string());
+        section->list("List")->at(2)->remove("sizeText");
+        section->list("List")->at(2)->set("isEnabled", false);
+        return section;
+    })});
+    open(0);
+    ToolsSelectionCell& caption = panelRow(0);
+    EXPECT_FALSE(caption.backBox()->isHidden());
+    EXPECT_TRUE(caption.nameText()->font().bold());
+    EXPECT_EQ(caption.nameText()->text(), "Safari Extensions");
+    EXPECT_EQ(caption.nameText()->toolTip(), "Safari Extensions");
+    EXPECT_EQ(caption.checkBox()->toolTip(), "Safari Extensions");
+    EXPECT_EQ(caption.sizeText()->text(), "1 KB");
+
+    ToolsSelectionCell& item = panelRow(1);
+    EXPECT_TRUE(item.backBox()->isHidden());
+    EXPECT_FALSE(item.nameText()->font().bold());
+    EXPECT_FALSE(item.sizeText()->isHidden()) << "an empty size text is still a size text";
+    EXPECT_EQ(item.sizeText()->text(), "");
+
+    EXPECT_TRUE(panelRow(2).sizeText()->isHidden()) << "no size text at all: hidden";
+    EXPECT_FALSE(panelRow(2).checkBox()->isEnabled());
+}
+
+TEST_F(DetailsPanelTest, PlainRowsTickThemselvesAndEqualNamesAllActOnTheFirst) {
+    launch(std::vector<SectionBuilder>{builderOf([] {
+        return sectionNamed("Mail", {itemNamed("Caches"), itemNamed("Logs"), itemNamed("Logs", true, false)});
+    })});
+    open(0);
+    const int reloads = controller().selectionView()->table()->reloadCount();
+    click(0);
+    EXPECT_EQ(tick(item(0, 0)), 0);
+    EXPECT_EQ(shown(0), Qt::Unchecked);
+    EXPECT_GT(controller().selectionView()->table()->reloadCount(), reloads);
+
+    // The third row shares the second's name: clicking it changes the second, and the reload shows so.
+    click(2);
+    EXPECT_EQ(tick(item(0, 1)), 1);
+    EXPECT_EQ(tick(item(0, 2)), 0);
+    EXPECT_EQ(shown(2), Qt::Unchecked);
+    EXPECT_EQ(shown(1), Qt::Checked);
+    click(1);
+    EXPECT_EQ(tick(item(0, 1)), 0);
+    EXPECT_EQ(shown(1), Qt::Unchecked);
+    EXPECT_EQ(tick(item(0, 2)), 0);
+}
+
+TEST_F(DetailsPanelTest, GroupedRowsKeepTheirCaptionsTriStateAndTheLastRowChangesOnlyItself) {
+    launch(std::vector<SectionBuilder>{builderOf([] {
+        return groupedSection({{"Safari Extensions", true},
+                               {"A", false},
+                               {"B", false},
+                               {"C", false},
+                               {"Chrome Extensions", true},
+                               {"D", false},
+                               {"Reset Browsers Preferences to Defaults", true}});
+    })});
+    open(0);
+
+    click(1);
+    EXPECT_EQ(tick(item(0, 0)), -1);
+    EXPECT_EQ(shown(0), Qt::PartiallyChecked);
+    click(2);
+    click(3);
+    EXPECT_EQ(tick(item(0, 0)), 0);
+    EXPECT_EQ(shown(0), Qt::Unchecked);
+    EXPECT_EQ(tick(item(0, 4)), 1) << "another group keeps its caption";
+
+    // A mixed caption ticks itself and its group, not the next group.
+    click(3);
+    ASSERT_EQ(shown(0), Qt::PartiallyChecked);
+    click(0);
+    for (std::size_t row = 0; row < 4; ++row) {
+        EXPECT_EQ(tick(item(0, row)), 1) << row;
+    }
+    click(4);
+    EXPECT_EQ(tick(item(0, 5)), 0);
+    EXPECT_EQ(shown(5), Qt::Unchecked);
+
+    // The last row: itself alone, and the table is left as it was drawn.
+    const int reloads = controller().selectionView()->table()->reloadCount();
+    click(6);
+    EXPECT_EQ(tick(item(0, 6)), 0);
+    EXPECT_EQ(shown(6), Qt::Unchecked);
+    EXPECT_EQ(controller().selectionView()->table()->reloadCount(), reloads);
+    EXPECT_EQ(tick(item(0, 4)), 0);
+}
+
+TEST_F(DetailsPanelTest, AGroupWithoutACaptionKeepsItsTickInItsFirstRow) {
+    launch(std::vector<SectionBuilder>{builderOf([] {
+        return groupedSection({{"A", false}, {"B", false}, {"C", false}, {"Caption", true}, {"D", false}});
+    })});
+    open(0);
+    click(1);
+    EXPECT_EQ(tick(item(0, 0)), -1) << "the first row stands in for the caption; B and C are its group";
+    EXPECT_EQ(shown(0), Qt::PartiallyChecked);
+    click(2);
+    EXPECT_EQ(tick(item(0, 0)), 0);
+    EXPECT_EQ(tick(item(0, 3)), 1);
+}
+
+TEST_F(DetailsPanelTest, DoneFoldsTheRowsIntoTheSectionsTick) {
+    launch(sectionsNamed({"A"}));
+    const auto doneWith = [&](std::initializer_list<bool> ticks) {
+        open(0);
+        std::size_t row = 0;
+        for (const bool on : ticks) {
+            item(0, row++)->set("isChecked", on);
+        }
+        controller().selectionView()->doneButton()->click();
+        return cell(0).checkBox()->checkState();
+    };
+    EXPECT_EQ(doneWith({true, true}), Qt::Checked);
+    EXPECT_EQ(tick(section(0)), 1);
+    EXPECT_EQ(doneWith({true, false}), Qt::PartiallyChecked);
+    EXPECT_EQ(tick(section(0)), -1);
+    EXPECT_TRUE(controller().removeButton()->isEnabled()) << "mixed counts as ticked";
+    EXPECT_EQ(doneWith({false, false}), Qt::Unchecked);
+    EXPECT_EQ(tick(section(0)), 0);
+    EXPECT_FALSE(controller().removeButton()->isEnabled());
+    EXPECT_EQ(controller().toolsSelectedDic(), section(0)) << "kept after closing";
+}
+
+TEST_F(DetailsPanelTest, TheVeilKeepsClicksAndScrollingFromTheTableBeneath) {
+    launch(sectionsNamed({"A", "B", "C", "D", "E", "F", "G"}));
+    open(1);
+    ASSERT_TRUE(controller().selectionView()->isVisible());
+    settle();
+
+    // A real click at the first row's box, through the window: it lands on the veil.
+    QCheckBox& box = *cell(0).checkBox();
+    const QPoint atBox = box.mapTo(&window(), box.rect().center());
+    ASSERT_EQ(window().childAt(atBox), controller().selectionView());
+    QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, atBox);
+    EXPECT_EQ(tick(section(0)), 1);
+
+    QScrollBar& scroll = *controller().itemTable()->verticalScrollBar();
+    const int before = scroll.value();
+    QWheelEvent wheel(QPointF(10, 10), controller().selectionView()->mapToGlobal(QPointF(10, 10)), {}, {0, -240},
+                      Qt::NoButton, {}, Qt::NoScrollPhase, false);
+    QApplication::sendEvent(controller().selectionView(), &wheel);
+    EXPECT_TRUE(wheel.isAccepted());
+    EXPECT_EQ(scroll.value(), before);
+
+    controller().doneActionFromselectionView();
+    QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, atBox);
+    EXPECT_EQ(tick(section(0)), 0) << "with the panel closed the click reaches the box";
+}
+
+TEST_F(DetailsPanelTest, AShortWindowGrowsForThePanelAndShrinksBackAfterDone) {
+    launch(std::vector<SectionBuilder>{builderOf([] { return sectionOfSize("A", 10); })});
+    settle();
+    const int shortHeight = window().height();
+    open(0);
+    settle();
+    const QWidget& card = *controller().selectionView()->card();
+    EXPECT_GT(window().height(), shortHeight);
+    EXPECT_TRUE(controller().selectionView()->rect().contains(card.geometry())) << "the whole card is in view";
+    controller().doneActionFromselectionView();
+    settle();
+    EXPECT_EQ(window().height(), shortHeight);
+}
+
+} // namespace
+} // namespace tidewell::testing

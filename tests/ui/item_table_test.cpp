@@ -1,0 +1,296 @@
+#include <QCheckBox>
+#include <QDesktopServices>
+#include <QLabel>
+#include <QPushButton>
+#include <QScrollBar>
+#include <QSettings>
+#include <QToolButton>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+
+#include "ui/popover.hpp"
+#include "ui/progress_indicator.hpp"
+#include "window_fixture.hpp"
+
+namespace tidewell::testing {
+namespace {
+
+class ItemTableTest : public WindowFixture {};
+
+const QString kChromeSummary = QStringLiteral(
+    "Cookies, Visited Links, History, Login Data, LastSession, User preferences, Favicons, Top Sites, Local Storage");
+
+TEST_F(ItemTableTest, EachKindOfRowShowsItsOwnTextsStatesAndButtons) {
+    launch(std::vector<SectionBuilder>{
+        builderOf([] {
+            auto mail = sectionNamed("Mail", {itemNamed("Mail Downloads", true, false), itemNamed("Mail Caches")});
+            mail->set("isChecked", std::int64_t{-1});
+            return mail;
+        }),
+        builderOf(
+            [] { return sectionNamed("Chrome", {itemNamed("Cookies")}, true, "/Applications/Google Chrome.app"); }),
+        builderOf([] { return sectionNamed("Adult History", {itemNamed("Safari Adult History")}, true, "adult"); }),
+        builderOf([] { return sectionNamed("Browser Extensions", {itemNamed("Clip Saver")}, true, "Browser_ext"); }),
+        builderOf([] {
+            return sectionNamed("System", {itemNamed("Caches")}, false, "/System/Library/CoreServices/Finder.app");
+        }),
+        builderOf(promotionRow),
+    });
+    ASSERT_EQ(controller().itemTable()->numberOfRows(), 6);
+
+    // An ordinary section: its items' names, its size, its own icon; -1 shows as mixed.
+    ToolsCell& mail = cell(0);
+    EXPECT_EQ(mail.nameText()->text(), "Mail");
+    EXPECT_EQ(mail.sizeText()->text(), "3 KB");
+    EXPECT_FALSE(mail.sizeText()->isHidden());
+    EXPECT_EQ(mail.detailsText()->text(), "Mail Downloads, Mail Caches");
+    EXPECT_EQ(mail.toolTip(), "Mail Downloads, Mail Caches");
+    EXPECT_EQ(mail.imageName(), "mail");
+    EXPECT_EQ(mail.detailsImageName(), "DetatilsButton");
+    EXPECT_EQ(mail.checkBox()->checkState(), Qt::PartiallyChecked);
+    EXPECT_TRUE(mail.checkBox()->isEnabled());
+    EXPECT_TRUE(mail.detailsButton()->isEnabled());
+    EXPECT_TRUE(mail.infoButton()->isHidden());
+    EXPECT_TRUE(mail.scanButton()->isHidden());
+    EXPECT_EQ(mail.backgroundColor(), QColor(236, 236, 236));
+
+    // Chrome's summary is fixed, whatever its items are.
+    EXPECT_EQ(cell(1).detailsText()->text(), kChromeSummary);
+    EXPECT_EQ(cell(1).toolTip(), kChromeSummary);
+    EXPECT_EQ(cell(1).imageName(), "browser_chrome");
+    EXPECT_EQ(cell(1).checkBox()->checkState(), Qt::Checked);
+
+    ToolsCell& adult = cell(2);
+    EXPECT_EQ(adult.sizeText()->text(), "") << "no size, whatever the section holds";
+    EXPECT_EQ(adult.detailsText()->text(), "All Adult Browser history");
+    EXPECT_FALSE(adult.infoButton()->isHidden());
+    EXPECT_EQ(adult.imageName(), "adult");
+
+    EXPECT_EQ(cell(3).detailsText()->text(), "Browser extensions, Preferences");
+    EXPECT_EQ(cell(3).sizeText()->text(), "3 KB");
+    EXPECT_EQ(cell(3).imageName(), "Browser_ext");
+    EXPECT_TRUE(cell(3).infoButton()->isHidden()) << "a reused cell hides the info button again";
+
+    // Nothing to clean: neither the box nor the details can be used.
+    ToolsCell& system = cell(4);
+    EXPECT_FALSE(system.checkBox()->isEnabled());
+    EXPECT_FALSE(system.detailsButton()->isEnabled());
+    EXPECT_EQ(system.sizeText()->text(), "0 byte");
+    EXPECT_EQ(system.imageName(), "system");
+
+    ToolsCell& promotion = cell(5);
+    EXPECT_EQ(promotion.nameText()->text(), "Thornsweep");
+    EXPECT_EQ(promotion.detailsText()->text(), "Detects and Removes Adware");
+    EXPECT_EQ(promotion.imageName(), "Thornsweep");
+    EXPECT_TRUE(promotion.checkBox()->isHidden());
+    EXPECT_TRUE(promotion.sizeText()->isHidden());
+    EXPECT_TRUE(promotion.detailsButton()->isHidden());
+    EXPECT_FALSE(promotion.scanButton()->isHidden());
+    EXPECT_TRUE(promotion.infoButton()->isHidden());
+}
+
+TEST_F(ItemTableTest, TheTableAreaGrowsWithTheSectionsUpToFiveThenScrolls) {
+    struct Case {
+        std::size_t sections;
+        int height;
+        bool scrolls;
+    };
+    int barsAndTitle = -1;
+    for (const Case& expected : {Case{0, 91, false}, Case{1, 90, false}, Case{3, 240, false}, Case{5, 390, false},
+                                 Case{6, 389, true}, Case{9, 389, true}}) {
+        SCOPED_TRACE(expected.sections);
+        std::vector<std::string> names;
+        for (std::size_t i = 0; i < expected.sections; ++i) {
+            names.push_back("Section " + std::to_string(i));
+        }
+        launch(sectionsNamed(names));
+        EXPECT_EQ(controller().tableHeight(), expected.height);
+        EXPECT_EQ(controller().itemTable()->isHidden(), expected.sections == 0);
+        EXPECT_EQ(controller().itemTable()->numberOfRows(), static_cast<int>(expected.sections));
+        EXPECT_EQ(controller().itemTable()->verticalScrollBar()->maximum() > 0, expected.scrolls);
+        // The window follows the table: everything else keeps its height.
+        settle();
+        const int rest = window().height() - controller().tableHeight();
+        EXPECT_TRUE(barsAndTitle == -1 || rest == barsAndTitle) << rest << " against " << barsAndTitle;
+        barsAndTitle = rest;
+        delegate.reset();
+    }
+}
+
+TEST_F(ItemTableTest, ABoxPassesItsTickToTheItemsExceptOnTheFourthRow) {
+    launch(sectionsNamed({"A", "B", "C", "D", "E"}));
+
+    // A section left mixed by the details panel becomes wholly ticked on the next click.
+    item(0, 0)->set("isChecked", false);
+    section(0)->set("isChecked", std::int64_t{-1});
+    controller().reloadTableAndUI();
+    ASSERT_EQ(cell(0).checkBox()->checkState(), Qt::PartiallyChecked);
+    cell(0).checkBox()->click();
+    EXPECT_EQ(cell(0).checkBox()->checkState(), Qt::Checked);
+    EXPECT_EQ(tick(section(0)), 1);
+    EXPECT_EQ(tick(item(0, 0)), 1);
+    EXPECT_EQ(tick(item(0, 1)), 1);
+
+    cell(0).checkBox()->click();
+    EXPECT_EQ(cell(0).checkBox()->checkState(), Qt::Unchecked);
+    EXPECT_EQ(tick(section(0)), 0);
+    EXPECT_EQ(tick(item(0, 0)), 0);
+    EXPECT_EQ(tick(item(0, 1)), 0);
+
+    // The fourth row changes only itself.
+    item(3, 1)->set("isChecked", false);
+    cell(3).checkBox()->click();
+    EXPECT_EQ(tick(section(3)), 0);
+    EXPECT_EQ(tick(item(3, 0)), 1);
+    cell(3).checkBox()->click();
+    EXPECT_EQ(tick(section(3)), 1);
+    EXPECT_EQ(tick(item(3, 1)), 0);
+
+    // Clean is there while anything is ticked.
+    for (const int row : {1, 2, 3, 4}) {
+        EXPECT_TRUE(controller().removeButton()->isEnabled());
+        cell(row).checkBox()->click();
+    }
+    EXPECT_FALSE(controller().removeButton()->isEnabled());
+    cell(2).checkBox()->click();
+    EXPECT_TRUE(controller().removeButton()->isEnabled());
+}
+
+TEST_F(ItemTableTest, ThePromotionRowKeepsCleanEnabledWithEverythingElseUnticked) {
+    std::vector<SectionBuilder> builders = sectionsNamed({"A"});
+    builders.push_back(builderOf(promotionRow));
+    launch(std::move(builders));
+    cell(0).checkBox()->click();
+    EXPECT_EQ(tick(section(0)), 0);
+    EXPECT_TRUE(controller().removeButton()->isEnabled()) << "a record without a tick is not an unticked one";
+}
+
+// A builder the test holds until it lets go (or until a long while has passed, so a failing test ends).
+class Gate {
+public:
+    void open() {
+        {
+            std::lock_guard lock(m_mutex);
+            m_open = true;
+        }
+        m_changed.notify_all();
+    }
+    void pass() {
+        std::unique_lock lock(m_mutex);
+        m_changed.wait_for(lock, std::chrono::seconds(30), [this] { return m_open; });
+    }
+
+private:
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    bool m_open = false;
+};
+
+TEST_F(ItemTableTest, SectionsAppearOneByOneWhileTheWindowKeepsAnswering) {
+    auto gate = std::make_shared<Gate>();
+    std::vector<SectionBuilder> builders = sectionsNamed({"A"});
+    builders.push_back([gate](ScanEnv&) {
+        gate->pass();
+        return BuilderOutcome{sectionOfSize("B", 1), 0, true};
+    });
+    start(ToolsViewOptions{std::move(builders), nullptr});
+
+    // The first section is shown while the second builder is still at work; the event loop runs all along.
+    ASSERT_TRUE(QTest::qWaitFor([&] { return controller().itemTable()->numberOfRows() == 1; }, 20000));
+    EXPECT_EQ(controller().tableHeight(), 90);
+    EXPECT_FALSE(controller().scanDriver().scanningDone());
+    EXPECT_TRUE(controller().scannignIndicator()->isAnimating());
+    EXPECT_TRUE(controller().scannignIndicator()->isVisible());
+    cell(0).checkBox()->click();
+    EXPECT_EQ(tick(section(0)), 0) << "the table answers clicks meanwhile";
+
+    gate->open();
+    waitForScan();
+    EXPECT_EQ(controller().itemTable()->numberOfRows(), 2);
+    EXPECT_EQ(controller().tableHeight(), 165);
+    EXPECT_FALSE(controller().scannignIndicator()->isAnimating());
+    EXPECT_FALSE(controller().scannignIndicator()->isVisible());
+}
+
+TEST_F(ItemTableTest, RefreshScansAgainWithFreshRecords) {
+    launch(sectionsNamed({"A", "B"}));
+    cell(0).checkBox()->click();
+    const RecordPtr before = section(0);
+    controller().refreshButton()->click();
+    waitForScan();
+    EXPECT_NE(section(0), before);
+    EXPECT_EQ(cell(0).checkBox()->checkState(), Qt::Checked) << "ticks are not kept across scans";
+}
+
+TEST_F(ItemTableTest, TheSettingsBoxesShowTheStoredSettingsAndWriteThrough) {
+    launch(sectionsNamed({"A"}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->realTimeScanningTimer() != nullptr; }));
+    EXPECT_TRUE(controller().realTimeScanBox()->isChecked()) << "real-time is on unless stored off";
+    EXPECT_FALSE(controller().runAtStartBox()->isChecked()) << "stored off by the fixture";
+    EXPECT_FALSE(controller().hideDockBox()->isChecked()) << "the taskbar entry is stored as shown";
+
+    const auto stored = [&](const QString& key) { return QSettings(settingsFile, QSettings::IniFormat).value(key); };
+    controller().hideDockBox()->click();
+    EXPECT_EQ(stored(keys::kDockIcon), QVariant(false));
+    EXPECT_FALSE(delegate->showsTaskbarEntry());
+    controller().runAtStartBox()->click();
+    EXPECT_EQ(stored(keys::kRunOnStart), QVariant(true));
+    controller().realTimeScanBox()->click();
+    EXPECT_EQ(stored(keys::kRealTimeScan), QVariant(false));
+    EXPECT_EQ(delegate->realTimeScanningTimer(), nullptr);
+
+    // The status menu's toggle shows in the box too.
+    delegate->RealTimeScanChange();
+    EXPECT_TRUE(controller().realTimeScanBox()->isChecked());
+}
+
+class UrlCatcher : public QObject {
+    Q_OBJECT
+public:
+    QList<QUrl> opened;
+public slots:
+    void open(const QUrl& url) { opened.push_back(url); }
+};
+
+TEST_F(ItemTableTest, HelpAndThePromotionRowOpenTheirPagesInTheBrowser) {
+    std::vector<SectionBuilder> builders = sectionsNamed({"A"});
+    builders.push_back(builderOf(promotionRow));
+    launch(std::move(builders));
+    UrlCatcher catcher;
+    QDesktopServices::setUrlHandler(QStringLiteral("https"), &catcher, "open");
+    controller().helpButton()->click();
+    cell(1).scanButton()->click();
+    QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
+    EXPECT_EQ(catcher.opened, (QList<QUrl>{AppDelegate::helpPageUrl(), ToolsViewController::thornsweepStoreUrl()}));
+}
+
+TEST_F(ItemTableTest, TheAdultHistoryInfoOpensInAWhitePopoverAtTheButtonAndClosesOnAClickOutside) {
+    launch(std::vector<SectionBuilder>{
+        builderOf([] { return sectionOfSize("Safari", 2); }),
+        builderOf([] { return sectionNamed("Adult History", {itemNamed("Safari Adult History")}, true, "adult"); })});
+    QToolButton& info = *cell(1).infoButton();
+    EXPECT_EQ(controller().adultHistoryPopover(), nullptr);
+    info.click();
+    INPopoverController* popover = controller().adultHistoryPopover();
+    ASSERT_NE(popover, nullptr);
+    ASSERT_TRUE(popover->popoverIsVisible());
+    EXPECT_STREQ(popover->contentView()->metaObject()->className(), "tidewell::AdultHistoryInfoView");
+    EXPECT_EQ(popover->popoverWindow()->color(), QColor(Qt::white));
+
+    // The arrow's tip touches the middle of the button's lower edge.
+    const INPopoverWindow& shown = *popover->popoverWindow();
+    const QPoint tip = shown.mapToGlobal(shown.arrowTip());
+    const QPoint button = info.mapToGlobal(QPoint(info.width() / 2, info.height()));
+    EXPECT_LE((tip - button).manhattanLength(), 2)
+        << tip.x() << "," << tip.y() << " against " << button.x() << "," << button.y();
+    EXPECT_EQ(shown.arrowDirection(), INPopoverWindow::ArrowDirection::Up);
+
+    QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, QPoint(20, window().height() - 20));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !popover->popoverIsVisible(); }, 2000));
+}
+
+} // namespace
+} // namespace tidewell::testing
+
+#include "item_table_test.moc"

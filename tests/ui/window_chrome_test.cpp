@@ -1,0 +1,95 @@
+#include <QMouseEvent>
+#include <QTimer>
+#include <atomic>
+
+#include "ui/window_chrome.hpp"
+#include "window_fixture.hpp"
+
+namespace tidewell::testing {
+namespace {
+
+class WindowChromeTest : public WindowFixture {
+protected:
+    [[nodiscard]] CustomWindow& custom() const { return *qobject_cast<CustomWindow*>(&window()); }
+
+    // The pointer at a place of the screen, as target sees it wherever it is now.
+    static void sendMouse(QWidget& target, QEvent::Type type, QPoint global, Qt::MouseButtons buttons) {
+        QMouseEvent event(type, QPointF(target.mapFromGlobal(global)), QPointF(global),
+                          type == QEvent::MouseMove ? Qt::NoButton : Qt::LeftButton, buttons, {});
+        QApplication::sendEvent(&target, &event);
+    }
+};
+
+TEST_F(WindowChromeTest, TheWindowHasNoSystemFrameButItsOwnTitledBarAndRoundedCorners) {
+    launch(sectionsNamed({"A", "B"}));
+    settle();
+    EXPECT_TRUE(window().windowFlags().testFlag(Qt::FramelessWindowHint));
+    EXPECT_EQ(custom().titleBar()->title(), QApplication::applicationDisplayName());
+    EXPECT_EQ(window().width(), 560);
+
+    const QImage image = window().grab().toImage();
+    const auto alphaAt = [&](int x, int y) {
+        const qreal ratio = image.devicePixelRatio();
+        return qAlpha(image.pixel(static_cast<int>(x * ratio), static_cast<int>(y * ratio)));
+    };
+    EXPECT_EQ(alphaAt(0, 0), 0) << "the corner outside the rounding is see-through";
+    EXPECT_EQ(alphaAt(window().width() - 1, window().height() - 1), 0);
+    EXPECT_EQ(alphaAt(window().width() / 2, window().height() / 2), 255);
+    EXPECT_EQ(alphaAt(CustomWindow::kCornerRadius + 2, 0), 255) << "the rounding is no larger than its radius";
+
+    // The quit and minimise buttons sit on the left of the bar.
+    EXPECT_LT(custom().titleBar()->quitButton()->geometry().right(), custom().titleBar()->width() / 4);
+    EXPECT_LT(custom().titleBar()->minimizeButton()->geometry().right(), custom().titleBar()->width() / 4);
+}
+
+TEST_F(WindowChromeTest, DraggingTheTitleBarMovesTheWindow) {
+    launch(sectionsNamed({"A"}));
+    window().move(100, 80);
+    settle();
+    const QPoint start = window().pos();
+    WindowLightVIew& bar = *custom().titleBar();
+    const QPoint grab = bar.mapToGlobal(QPoint(bar.width() / 2, bar.height() / 2));
+    sendMouse(bar, QEvent::MouseButtonPress, grab, Qt::LeftButton);
+    sendMouse(bar, QEvent::MouseMove, grab + QPoint(40, 25), Qt::LeftButton);
+    sendMouse(bar, QEvent::MouseMove, grab + QPoint(70, 30), Qt::LeftButton);
+    sendMouse(bar, QEvent::MouseButtonRelease, grab + QPoint(70, 30), Qt::NoButton);
+    EXPECT_EQ(window().pos(), start + QPoint(70, 30));
+
+    sendMouse(bar, QEvent::MouseMove, grab + QPoint(200, 200), Qt::NoButton);
+    EXPECT_EQ(window().pos(), start + QPoint(70, 30)) << "released, the window stays";
+}
+
+TEST_F(WindowChromeTest, TheMinimiseButtonMinimisesThroughTheDelegate) {
+    launch(sectionsNamed({"A"}));
+    custom().titleBar()->minimizeButton()->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return window().isMinimized(); }, 2000));
+    delegate->minimizeTo();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !window().isMinimized(); }, 2000));
+}
+
+TEST_F(WindowChromeTest, TheQuitButtonEndsTidewell) {
+    launch(sectionsNamed({"A"}));
+    QTimer::singleShot(0, custom().titleBar()->quitButton(), &QAbstractButton::click);
+    QTimer::singleShot(10000, [] { QCoreApplication::exit(99); });
+    EXPECT_EQ(QApplication::exec(), 0);
+}
+
+TEST_F(WindowChromeTest, AWindowClosedMidScanLetsTheScanGoWithoutWaitingOnIt) {
+    // The first hand-over is queued but never run: the window goes first, the scan stops there, and nothing waits
+    // for ever.
+    auto runs = std::make_shared<std::atomic<int>>(0);
+    std::vector<SectionBuilder> builders;
+    for (int i = 0; i < 3; ++i) {
+        builders.push_back([runs](ScanEnv&) {
+            ++*runs;
+            return BuilderOutcome{sectionOfSize("A", 1), 0, true};
+        });
+    }
+    start(ToolsViewOptions{std::move(builders), nullptr});
+    delegate.reset();
+    settle();
+    EXPECT_LE(runs->load(), 1) << "no builder runs after the window has gone";
+}
+
+} // namespace
+} // namespace tidewell::testing
