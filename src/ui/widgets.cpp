@@ -116,6 +116,7 @@ CellTable::CellTable(int tag, QWidget* parent)
     m_layout->setSpacing(0);
     m_layout->addStretch(1);
     setWidget(m_document);
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &CellTable::fitMarginsToScrollBar);
 }
 
 void CellTable::reloadData() {
@@ -169,6 +170,17 @@ void CellTable::setUsesAlternatingRowBackgroundColors(bool alternate) {
 
 void CellTable::setRowSpacing(int spacing, QMargins margins) {
     m_layout->setSpacing(spacing);
+    m_margins = margins;
+    fitMarginsToScrollBar();
+}
+
+void CellTable::fitMarginsToScrollBar() {
+    // The bar takes its width from the right margin, so the rows keep the same space on both sides whether the
+    // table scrolls or not.
+    QMargins margins = m_margins;
+    if (verticalScrollBar()->maximum() > 0) {
+        margins.setRight(std::max(0, margins.right() - verticalScrollBar()->sizeHint().width()));
+    }
     m_layout->setContentsMargins(margins);
 }
 

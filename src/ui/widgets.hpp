@@ -100,12 +100,14 @@ public:
 
 private:
     void paintRowBackground(QWidget& view, int row) const;
+    void fitMarginsToScrollBar();
 
     int m_tag;
     TableDataSource* m_source = nullptr;
     QWidget* m_document;
     QVBoxLayout* m_layout;
     std::vector<QWidget*> m_rows;
+    QMargins m_margins;
     int m_rowHeight = 50;
     bool m_alternate = false;
     int m_reloads = 0;
