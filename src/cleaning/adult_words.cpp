@@ -80,15 +80,19 @@ std::optional<std::vector<std::string>> readWordListPlist(std::string_view conte
     return words;
 }
 
+std::optional<std::vector<std::string>> readWordsText(std::string_view contents) {
+    if (looksLikePlist(contents)) {
+        return readWordListPlist(contents);
+    }
+    return readLines(contents);
+}
+
 std::optional<std::vector<std::string>> readWordsFile(const std::string& path) {
     const std::optional<std::string> contents = readWholeFile(path);
     if (!contents) {
         return std::nullopt;
     }
-    if (looksLikePlist(*contents)) {
-        return readWordListPlist(*contents);
-    }
-    return readLines(*contents);
+    return readWordsText(*contents);
 }
 
 AdultWords makeAdultWords(std::vector<std::string> words) {

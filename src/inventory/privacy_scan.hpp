@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "catalogue/disk_root.hpp"
+#include "catalogue/folders.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
 
@@ -76,9 +77,5 @@ public:
 /// A file name without its extension and the dot before it ("AdBlock.safariextz" gives "AdBlock", "a.b.c" gives
 /// "a.b"; ".hidden" and "plain" stay as they are).
 [[nodiscard]] std::string_view nameWithoutExtension(std::string_view name);
-
-/// Whether anything exists at an absolute path, links followed (the presence test made before a location is
-/// offered for cleaning). A path that is relative, empty or holds a NUL byte names nothing.
-[[nodiscard]] bool fileExistsAt(std::string_view path);
 
 } // namespace tidewell
