@@ -23,6 +23,7 @@
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
+#include "support/stress.hpp"
 #include "support/tree_checksums.hpp"
 
 namespace tidewell {
@@ -41,11 +42,6 @@ std::string fastTemporaryBase() {
     }
     const char* base = std::getenv("TMPDIR");
     return base != nullptr && *base != '\0' ? base : "/tmp";
-}
-
-std::size_t numberFromEnvironment(const char* name, std::size_t fallback) {
-    const char* text = std::getenv(name);
-    return text != nullptr && *text != '\0' ? std::stoul(text) : fallback;
 }
 
 // File systems mounted by a test, taken away again before its folder goes.
@@ -423,7 +419,7 @@ TEST_F(SwapRace, AFolderSwappedInTheGapBetweenTheLookAndTheOpenIsNeverEntered) {
 }
 
 TEST_F(SwapRace, AThreadSwappingFoldersForLinksNeverLeadsRemovalOrMeasurementOutside) {
-    const auto duration = std::chrono::seconds(numberFromEnvironment("TIDEWELL_RACE_SECONDS", 3));
+    const auto duration = std::chrono::seconds(testing::stressSetting("TIDEWELL_RACE_SECONDS", 3));
     const std::string tick = d.at("Tick");
     const std::string target = d.at("/Decoy");
     std::atomic<std::uint64_t> swaps{0};
