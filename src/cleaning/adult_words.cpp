@@ -2,7 +2,7 @@
 
 #include <plist/plist.h>
 
-#include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "catalogue/folders.hpp"
@@ -70,11 +70,12 @@ std::optional<std::vector<std::string>> readWordListPlist(std::string_view conte
         if (item == nullptr || plist_get_node_type(item) != PLIST_STRING) {
             continue;
         }
-        char* text = nullptr;
-        plist_get_string_val(item, &text);
+        // Read in place up to its first NUL byte: the library's own copying routine aborts the process on a
+        // string holding one (a damaged or hand-made list can), and what it keeps after it is not the file's.
+        std::uint64_t length = 0;
+        const char* text = plist_get_string_ptr(item, &length);
         if (text != nullptr) {
-            words.emplace_back(text);
-            std::free(text); // NOLINT: libplist allocates with malloc
+            words.emplace_back(text, ::strnlen(text, static_cast<std::size_t>(length)));
         }
     }
     return words;

@@ -16,7 +16,8 @@ using AdultWords = std::shared_ptr<const std::vector<std::string>>;
 inline constexpr std::string_view kAdultWordFile = "adultWord.plist";
 
 /// The strings of a property list (XML or binary) whose root is an array, in order; entries that are not strings
-/// are passed over. Nothing when the data is not a property list or its root is not an array.
+/// are passed over, and a string holding a NUL byte counts up to it. Nothing when the data is not a property list
+/// or its root is not an array.
 [[nodiscard]] std::optional<std::vector<std::string>> readWordListPlist(std::string_view contents);
 
 /// The words of a word list given by hand: a property list when it starts like one ("bplist", or "<?xml",
