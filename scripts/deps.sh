@@ -7,6 +7,7 @@ packages=(
     g++ cmake ninja-build pkg-config make
     libsqlite3-dev nlohmann-json3-dev libplist-dev libfmt-dev libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
+    clang-14 libfuzzer-14-dev
 )
 
 missing=()
