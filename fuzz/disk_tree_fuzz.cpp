@@ -187,9 +187,9 @@ std::pair<std::vector<std::string>, std::vector<std::string>> build(Program& pro
         case 8:
             ::mknod((here() + "/" + program.name()).c_str(), S_IFSOCK | 0644, 0);
             break;
-        case 9: { // a chain of folders, each with a file, left at once
+        case 9: { // a chain of up to 63 folders, each with a file, left at once: past the walks' open-folder limit
             int fd = ::open(here().c_str(), O_RDONLY | O_DIRECTORY);
-            for (int level = program.next(); level > 0 && fd >= 0; --level) {
+            for (int level = program.next() % 64; level > 0 && fd >= 0; --level) {
                 ::mkdirat(fd, "d", 0755);
                 ::close(::openat(fd, "f", O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
                 const int deeper = ::openat(fd, "d", O_RDONLY | O_DIRECTORY | O_NOFOLLOW);
