@@ -174,14 +174,7 @@ void unreadableFolders(DiskPlan& s) {
 // A tree ten thousand folders deep, with a link to the decoy at its bottom.
 void tenThousandLevels(DiskPlan& s) {
     s.d.folder("Library/Caches/Adversary");
-    int fd = ::open(s.d.at("Library/Caches/Adversary").c_str(), O_RDONLY | O_DIRECTORY);
-    for (int level = 0; level < 10000 && fd >= 0; ++level) {
-        ::mkdirat(fd, "d", 0755);
-        ::close(::openat(fd, "f", O_WRONLY | O_CREAT, 0644));
-        const int next = ::openat(fd, "d", O_RDONLY | O_DIRECTORY);
-        ::close(fd);
-        fd = next;
-    }
+    const int fd = testing::makeFolderChain(s.d.at("Library/Caches/Adversary"), 10000);
     ASSERT_GE(fd, 0);
     ::symlinkat(s.d.at("/Decoy").c_str(), fd, "toDecoy");
     ::close(fd);

@@ -130,7 +130,6 @@ private:
 
 class HistoryDatabaseFaults : public ::testing::Test {
 protected:
-
     void purge(const Layout& layout, const std::string& path) const {
         layout.routine(FileUrl{path}, PurgeContext{makeAdultWords(kWords), boundary});
     }
