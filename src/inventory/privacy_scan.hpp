@@ -5,7 +5,6 @@
 #include <string_view>
 
 #include "catalogue/disk_root.hpp"
-#include "catalogue/folders.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
 
