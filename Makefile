@@ -6,7 +6,13 @@ BUILD  := build/$(PRESET)
 WERROR := $(if $(filter true 1 yes,$(CI)),ON,OFF)
 SAMPLE := build/sample-disk
 
-.PHONY: all deps configure build run test bench screenshots package clean
+# The long forms: `make fuzz` runs each fuzzer this many seconds; `make stress` kills this many purges and races
+# removals for this many seconds.
+FUZZ_SECONDS ?= 300
+KILLS        ?= 60
+RACE_SECONDS ?= 30
+
+.PHONY: all deps configure build run test fuzz-build sanitize fuzz stress bench screenshots package clean
 
 all: build
 
@@ -33,8 +39,31 @@ run: build
 		$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann scan; \
 	fi
 
-test: build
+# The test suite (with a short kill series and short races), then each fuzzer briefly over its corpus.
+test: build fuzz-build
 	@ctest --preset $(PRESET)
+	@ctest --preset fuzz
+
+fuzz-build: deps
+	@cmake --preset fuzz -DTIDEWELL_WERROR=$(WERROR) >/dev/null
+	@cmake --build build/fuzz
+
+# The core tests under AddressSanitizer with UndefinedBehaviorSanitizer, and under ThreadSanitizer.
+sanitize: deps
+	@for preset in asan tsan; do \
+		cmake --preset $$preset -DTIDEWELL_WERROR=$(WERROR) >/dev/null && \
+		cmake --build build/$$preset && \
+		ctest --preset $$preset -L core || exit 1; \
+	done
+
+# Each fuzzer for FUZZ_SECONDS; what it finds that reaches new code joins the corpus in fuzz/corpus.
+fuzz: fuzz-build
+	scripts/fuzz.sh $(FUZZ_SECONDS)
+
+# The kill series, the races and the adversarial disks at length.
+stress: build
+	TIDEWELL_KILLS=$(KILLS) TIDEWELL_RACE_SECONDS=$(RACE_SECONDS) $(BUILD)/tests/tidewell_tests \
+		--gtest_filter='HistoryPurgeKills.*:SwapRace.*:Disks/AdversarialDisk.*:HistoryDatabaseFaults.*'
 
 # Benchmarks run on an optimised build; each prints its ratio against a baseline timed in the same run.
 bench: deps

@@ -57,6 +57,25 @@ std::vector<std::string> listFolderNames(const std::string& path) {
     return names;
 }
 
+std::vector<FileUrl> listFolderUrls(const FileUrl& folder) {
+    std::vector<FileUrl> urls;
+    if (folder.path.find('\0') != std::string::npos) {
+        return urls;
+    }
+    for (const std::string& name : listFolderNames(folder.path)) {
+        urls.push_back(folder.appending(name));
+    }
+    return urls;
+}
+
+bool fileExistsAt(std::string_view path) {
+    if (path.empty() || path.front() != '/' || path.find('\0') != std::string_view::npos) {
+        return false;
+    }
+    struct stat st {};
+    return ::stat(std::string(path).c_str(), &st) == 0;
+}
+
 std::optional<std::string> readWholeFile(const std::string& path, std::size_t maxBytes) {
     const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
     if (!fd.valid()) {

@@ -5,7 +5,10 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
+
+#include "catalogue/file_url.hpp"
 
 namespace tidewell {
 
@@ -53,6 +56,14 @@ template <class Level> bool closeShallowestFolder(std::vector<Level>& levels) {
 /// The names in a folder, one level, hidden ones included, in the order the file system gives them ("." and ".."
 /// left out). A folder that cannot be listed gives an empty list.
 [[nodiscard]] std::vector<std::string> listFolderNames(const std::string& path);
+
+/// The entries of a folder as locations (the folder joined with each name), in listFolderNames' order. Empty when
+/// the folder cannot be listed, and when its path holds a NUL byte (cut short there it would name another folder).
+[[nodiscard]] std::vector<FileUrl> listFolderUrls(const FileUrl& folder);
+
+/// Whether anything exists at an absolute path, links followed (the presence test made before a location is
+/// offered for cleaning). A path that is relative, empty or holds a NUL byte names nothing.
+[[nodiscard]] bool fileExistsAt(std::string_view path);
 
 /// A whole regular file, or nothing when it cannot be opened or read. Reads through a link, as any reader of a
 /// browser's settings file would; a folder, FIFO or device is unreadable (never waited on), and so is a file

@@ -2,7 +2,7 @@
 
 #include <plist/plist.h>
 
-#include <cstdlib>
+#include <cstring>
 #include <limits>
 
 #include "catalogue/folders.hpp"
@@ -70,14 +70,22 @@ std::optional<std::vector<std::string>> readWordListPlist(std::string_view conte
         if (item == nullptr || plist_get_node_type(item) != PLIST_STRING) {
             continue;
         }
-        char* text = nullptr;
-        plist_get_string_val(item, &text);
+        // Read in place up to its first NUL byte: the library's own copying routine aborts the process on a
+        // string holding one (a damaged or hand-made list can), and what it keeps after it is not the file's.
+        std::uint64_t length = 0;
+        const char* text = plist_get_string_ptr(item, &length);
         if (text != nullptr) {
-            words.emplace_back(text);
-            std::free(text); // NOLINT: libplist allocates with malloc
+            words.emplace_back(text, ::strnlen(text, static_cast<std::size_t>(length)));
         }
     }
     return words;
+}
+
+std::optional<std::vector<std::string>> readWordsText(std::string_view contents) {
+    if (looksLikePlist(contents)) {
+        return readWordListPlist(contents);
+    }
+    return readLines(contents);
 }
 
 std::optional<std::vector<std::string>> readWordsFile(const std::string& path) {
@@ -85,10 +93,7 @@ std::optional<std::vector<std::string>> readWordsFile(const std::string& path) {
     if (!contents) {
         return std::nullopt;
     }
-    if (looksLikePlist(*contents)) {
-        return readWordListPlist(*contents);
-    }
-    return readLines(*contents);
+    return readWordsText(*contents);
 }
 
 AdultWords makeAdultWords(std::vector<std::string> words) {

@@ -32,9 +32,6 @@ constexpr HistoryTable kSafariHistory{"history_items", "Safari Deleted", "Safari
 constexpr HistoryTable kChromeHistory{"urls", "Chrome Deleted", "Chrome Deleted", true, false};
 constexpr HistoryTable kFirefoxHistory{"moz_places", "Chrome Deleted", "Firefox Deleted", false, true};
 
-// A history database is another program's file: no longer than this is waited for while it holds a lock.
-constexpr int kBusyTimeoutMs = 1500;
-
 struct DatabaseCloser {
     void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
 };
@@ -159,7 +156,8 @@ bool isWalDatabase(sqlite3* db) {
 }
 
 void purgeOpenDatabase(sqlite3* db, const HistoryTable& history, const std::vector<std::string>& words) {
-    sqlite3_busy_timeout(db, kBusyTimeoutMs);
+    // A history database is another program's file: no longer than this is waited for while it holds a lock.
+    sqlite3_busy_timeout(db, static_cast<int>(kHistoryBusyTimeout.count()));
     // Removed rows are overwritten, not just unlinked from the table's pages.
     run(db, "PRAGMA secure_delete=ON");
     // The write lock is taken first, so a browser holding the database costs one short wait and changes nothing.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <chrono>
+
 #include "catalogue/file_url.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/safe_remove.hpp"
@@ -34,8 +36,13 @@ struct PurgeContext {
 // The database is opened in place by its file URL, never created. One outside the boundary, or reached through
 // a link below the granted folder, is not opened. A database that cannot be opened is passed over silently; one
 // that is missing from an existing folder counts as empty. A database that its browser holds locked is left as
-// it was after a short wait. Each routine then logs its text: "Safari Deleted", "Chrome Deleted", and for
-// Firefox "Chrome Deleted" from the window and "Firefox Deleted" from the hourly purge.
+// it was after at most kHistoryBusyTimeout of waiting. The purge's deletions are one transaction: a database
+// SQLite finds damaged refuses the commit and is left as it was, and a purge killed at any moment leaves the
+// database either as before or as after it. Each routine then logs its text: "Safari Deleted", "Chrome Deleted",
+// and for Firefox "Chrome Deleted" from the window and "Firefox Deleted" from the hourly purge.
+
+/// How long a purge waits for a browser's lock on its history database before it leaves the database alone.
+inline constexpr std::chrono::milliseconds kHistoryBusyTimeout{1500};
 
 /// Safari: `history_items`.
 void deleteSafariAdultHistory(const FileUrl& path, const PurgeContext& context);

@@ -78,12 +78,62 @@ bool sameFolder(int fd, dev_t dev, ino_t ino) {
     return ::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode) && st.st_dev == dev && st.st_ino == ino;
 }
 
+RemovalRaceHook& raceHook() {
+    static RemovalRaceHook hook;
+    return hook;
+}
+
+void betweenCheckAndOpen(int parentFd, const std::string& name) {
+    if (const RemovalRaceHook& hook = raceHook()) {
+        hook(parentFd, name);
+    }
+}
+
+// Where the granted folder lives: its file system and, where the system tells, the mount it is reached through.
+// A folder of the same file system mounted a second time inside a ticked folder (a bind mount of a folder from
+// elsewhere) has the same device but its own mount, and what lies there is not ours to remove.
+class GrantedMount {
+public:
+    explicit GrantedMount(int grantedFd) {
+        struct stat st {};
+        m_valid = ::fstat(grantedFd, &st) == 0;
+        m_dev = st.st_dev;
+        m_mountId = mountIdOf(grantedFd);
+    }
+
+    [[nodiscard]] bool valid() const { return m_valid; }
+    [[nodiscard]] dev_t device() const { return m_dev; }
+
+    // Whether the folder open at fd is on the granted folder's own mount.
+    [[nodiscard]] bool holds(int fd) const {
+        struct stat st {};
+        if (::fstat(fd, &st) != 0 || st.st_dev != m_dev) {
+            return false;
+        }
+        return !m_mountId || mountIdOf(fd) == m_mountId;
+    }
+
+private:
+    static std::optional<std::uint64_t> mountIdOf(int fd) {
+        struct statx sx {};
+        if (::statx(fd, "", AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &sx) != 0 ||
+            (sx.stx_mask & STATX_MNT_ID) == 0) {
+            return std::nullopt;
+        }
+        return sx.stx_mnt_id;
+    }
+
+    bool m_valid = false;
+    dev_t m_dev = 0;
+    std::optional<std::uint64_t> m_mountId;
+};
+
 // Empties a folder depth first and removes it. The folder is entered only through descriptors opened without
-// following links, each checked to be the folder that was looked at, and never on another file system than the
-// granted folder's.
+// following links, each checked to be the folder that was looked at, and never on another file system or mount
+// than the granted folder's.
 class TreeRemover {
 public:
-    TreeRemover(int parentFd, dev_t fileSystem) : m_parentFd(parentFd), m_fileSystem(fileSystem) {}
+    TreeRemover(int parentFd, const GrantedMount& mount) : m_parentFd(parentFd), m_mount(mount) {}
     TreeRemover(const TreeRemover&) = delete;
     TreeRemover& operator=(const TreeRemover&) = delete;
     ~TreeRemover() {
@@ -95,12 +145,14 @@ public:
     }
 
     bool remove(const std::string& name, const struct stat& seen) {
+        betweenCheckAndOpen(m_parentFd, name);
         const int fd = ::openat(m_parentFd, name.c_str(), kFolderFlags);
         if (fd < 0) {
             // A folder that cannot be read may still be empty and removable.
             return ::unlinkat(m_parentFd, name.c_str(), AT_REMOVEDIR) == 0;
         }
-        if (!sameFolder(fd, seen.st_dev, seen.st_ino) || !push(fd, seen.st_dev, seen.st_ino, name)) {
+        if (!sameFolder(fd, seen.st_dev, seen.st_ino) || !m_mount.holds(fd) ||
+            !push(fd, seen.st_dev, seen.st_ino, name)) {
             ::close(fd);
             return false;
         }
@@ -151,10 +203,11 @@ private:
             }
             return true;
         }
-        if (st.st_dev != m_fileSystem) {
+        if (st.st_dev != m_mount.device()) {
             top.kept.insert(name); // a mount point: what lies beyond is not ours to remove
             return true;
         }
+        betweenCheckAndOpen(fd, name);
         const int childFd = ::openat(fd, name.c_str(), kFolderFlags);
         if (childFd < 0) {
             if (errno != ENOENT && ::unlinkat(fd, name.c_str(), AT_REMOVEDIR) != 0) {
@@ -162,7 +215,8 @@ private:
             }
             return true;
         }
-        if (!sameFolder(childFd, st.st_dev, st.st_ino) || !push(childFd, st.st_dev, st.st_ino, name)) {
+        if (!sameFolder(childFd, st.st_dev, st.st_ino) || !m_mount.holds(childFd) ||
+            !push(childFd, st.st_dev, st.st_ino, name)) {
             ::close(childFd);
             top.kept.insert(name);
         }
@@ -221,7 +275,7 @@ private:
     }
 
     int m_parentFd;
-    dev_t m_fileSystem;
+    const GrantedMount& m_mount;
     std::vector<Level> m_levels;
     std::size_t m_open = 0;
     bool m_removedTop = false;
@@ -236,14 +290,16 @@ bool removeItem(const DeletionBoundary& boundary, std::string_view target) {
     }
     // The granted folder itself may be reached through a link (it is what the user granted); nothing below it is.
     UniqueFd folder(::open(boundary.grantedFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    struct stat granted {};
-    if (!folder.valid() || ::fstat(folder.get(), &granted) != 0) {
+    if (!folder.valid()) {
+        return false;
+    }
+    const GrantedMount granted(folder.get());
+    if (!granted.valid()) {
         return false;
     }
     for (std::size_t i = 0; i + 1 < components->size(); ++i) {
         UniqueFd next(::openat(folder.get(), (*components)[i].c_str(), kFolderFlags));
-        struct stat st {};
-        if (!next.valid() || ::fstat(next.get(), &st) != 0 || st.st_dev != granted.st_dev) {
+        if (!next.valid() || !granted.holds(next.get())) {
             return false;
         }
         folder = std::move(next);
@@ -256,11 +312,15 @@ bool removeItem(const DeletionBoundary& boundary, std::string_view target) {
     if (!S_ISDIR(st.st_mode)) {
         return ::unlinkat(folder.get(), last.c_str(), 0) == 0;
     }
-    if (st.st_dev != granted.st_dev) {
+    if (st.st_dev != granted.device()) {
         return false;
     }
-    TreeRemover remover(folder.get(), granted.st_dev);
+    TreeRemover remover(folder.get(), granted);
     return remover.remove(last, st);
+}
+
+void setRemovalRaceHook(RemovalRaceHook hook) {
+    raceHook() = std::move(hook);
 }
 
 } // namespace tidewell

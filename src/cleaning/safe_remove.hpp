@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -40,12 +41,18 @@ private:
 /// - a target outside the granted folder, the folder itself or an ancestor of it is left alone;
 /// - the path is walked down from the granted folder one component at a time without following a link, so a
 ///   link anywhere on the way (even one swapped in meanwhile) ends the removal, and a folder on another file
-///   system is never entered;
+///   system or mount (a second mount of a folder from elsewhere included) is never entered;
 /// - a link, file or other non-folder is unlinked (a link goes as a link; a trailing slash changes nothing);
 /// - a folder is emptied depth first and removed, iteratively, with a bounded number of open descriptors; an
 ///   entry that cannot be removed is passed over and the rest still goes.
 /// Returns true when the target no longer exists afterwards because this call removed it; false when it was
 /// missing, refused, or only partly removed. Callers of the cleaning ignore the result.
 bool removeItem(const DeletionBoundary& boundary, std::string_view target);
+
+/// A seam for tests of races: called on the removing thread in the gap between looking at a folder and opening
+/// it, with the folder above it open at parentFd and the folder's name, so a test can change the disk exactly
+/// there. Empty (the default) it costs nothing. Set and clear it only while no removal runs.
+using RemovalRaceHook = std::function<void(int parentFd, const std::string& name)>;
+void setRemovalRaceHook(RemovalRaceHook hook);
 
 } // namespace tidewell

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "catalogue/folders.hpp"
 #include "catalogue/items.hpp"
 #include "inventory/privacy_scan.hpp"
 #include "sources/browser_profiles.hpp"

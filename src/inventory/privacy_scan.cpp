@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "catalogue/folders.hpp"
-#include "catalogue/json_reading.hpp"
+#include "inventory/extension_metadata.hpp"
 #include "sources/browser_profiles.hpp"
 #include "sources/tables.hpp"
 
@@ -15,78 +15,8 @@ namespace tidewell {
 
 namespace {
 
-constexpr std::string_view kMessagePrefix = "__MSG_";
-
 bool holdsNul(std::string_view path) {
     return path.find('\0') != std::string_view::npos;
-}
-
-// Every occurrence of `what`, taken left to right without overlapping and without looking again at what the
-// removal joins together ("___" less "__" is "_").
-std::string removingOccurrences(std::string_view text, std::string_view what) {
-    std::string out;
-    out.reserve(text.size());
-    while (true) {
-        const std::size_t at = text.find(what);
-        if (at == std::string_view::npos) {
-            out.append(text);
-            return out;
-        }
-        out.append(text.substr(0, at));
-        text.remove_prefix(at + what.size());
-    }
-}
-
-// The message key a "__MSG_" name stands for. Chrome writes message names in ASCII and matches them without
-// regard to case; Tidewell looks them up as written, except that a key which still holds "_" is lower-cased
-// whole ("__MSG_App_Name__" looks up "app_name", "__MSG_appName__" looks up "appName").
-std::string messageKeyFor(std::string_view placeholder) {
-    std::string key = removingOccurrences(removingOccurrences(placeholder, "__"), "MSG_");
-    if (key.find('_') != std::string::npos) {
-        std::ranges::transform(key, key.begin(),
-                               [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    }
-    return key;
-}
-
-// The locale folder whose messages name the extension: "en", else "en_US", else "en_GB", else whatever the
-// listing gives first (even a stray file); nothing when the locales folder lists empty.
-std::optional<FileUrl> chooseLocaleFolder(const FileUrl& locales) {
-    for (const std::string_view preferred : {"en", "en_US", "en_GB"}) {
-        const FileUrl candidate = locales.appending(preferred);
-        if (fileExistsAt(candidate.path)) {
-            return candidate;
-        }
-    }
-    UrlList listing = PrivacyScan::getUrlListAt(locales);
-    if (listing.empty()) {
-        return std::nullopt;
-    }
-    return std::move(listing.front());
-}
-
-// The display name of a version folder whose manifest names a "__MSG_" placeholder. Nothing when the folder has
-// no "_locales" at all: such a version gets no record. Every other failure (no locale folder, no readable
-// messages, no such message) keeps the placeholder itself as the name.
-std::optional<std::string> resolvePlaceholder(const FileUrl& version, const std::string& placeholder) {
-    const FileUrl locales = version.appending("_locales");
-    if (!fileExistsAt(locales.path)) {
-        return std::nullopt;
-    }
-    const std::optional<FileUrl> locale = chooseLocaleFolder(locales);
-    if (!locale) {
-        return placeholder;
-    }
-    const std::optional<nlohmann::ordered_json> messages = readJsonObject(locale->appending("messages.json").path);
-    if (!messages) {
-        return placeholder;
-    }
-    const nlohmann::ordered_json* message = valueAtKeyPath(*messages, messageKeyFor(placeholder) + ".message");
-    if (message == nullptr) {
-        return placeholder;
-    }
-    // A message that is there but is not text names the extension with nothing, as any wrongly typed field does.
-    return message->is_string() ? message->get<std::string>() : std::string();
 }
 
 // The allocated size below an add-on's recorded location. Only an absolute path names a place on this disk; a
@@ -96,16 +26,6 @@ std::int64_t measureRecordedLocation(const std::string& location, SizeCounter& s
         return 0;
     }
     return sizes.measureFolder(location).bytes;
-}
-
-// "descriptor" wins over "path" when it holds text; a location of another kind does not hide a usable "path".
-std::string recordedLocation(const nlohmann::ordered_json& addon) {
-    for (const std::string_view key : {"descriptor", "path"}) {
-        if (const nlohmann::ordered_json* value = valueAtKeyPath(addon, key); value != nullptr && value->is_string()) {
-            return value->get<std::string>();
-        }
-    }
-    return {};
 }
 
 UrlList systemThenUser(const DiskRoot& disk, std::string_view systemFolder, std::string_view homeRelative) {
@@ -161,25 +81,9 @@ bool isPackageName(std::string_view name) {
     return std::ranges::find(kBundleExtensions, lowered) != kBundleExtensions.end();
 }
 
-bool fileExistsAt(std::string_view path) {
-    if (path.empty() || path.front() != '/' || holdsNul(path)) {
-        return false;
-    }
-    struct stat st {};
-    return ::stat(std::string(path).c_str(), &st) == 0;
-}
-
 UrlList PrivacyScan::getUrlListAt(const FileUrl& folder) {
-    UrlList urls;
-    // A path cut short at a NUL byte would name another folder.
-    if (holdsNul(folder.path)) {
-        return urls;
-    }
     // The listing itself ends at the first read error and keeps the names read before it.
-    for (const std::string& name : listFolderNames(folder.path)) {
-        urls.push_back(folder.appending(name));
-    }
-    return urls;
+    return listFolderUrls(folder);
 }
 
 std::optional<RecordList> PrivacyScan::getChromeExtantionList(const DiskRoot& disk, SizeCounter& sizes) {
@@ -194,28 +98,16 @@ std::optional<RecordList> PrivacyScan::getChromeExtantionList(const DiskRoot& di
             // Every version of an extension reports the size of the whole identifier folder: measured once.
             std::optional<std::int64_t> identifierBytes;
             for (const FileUrl& version : getUrlListAt(identifier)) {
-                if (getUrlListAt(version).empty()) {
-                    continue;
-                }
-                const std::optional<nlohmann::ordered_json> manifest =
-                    readJsonObject(version.appending("manifest.json").path);
+                std::optional<ChromeManifest> manifest = readChromeVersionFolder(version);
                 if (!manifest) {
                     continue;
-                }
-                std::string name = textAtKeyPath(*manifest, "name");
-                if (name.starts_with(kMessagePrefix)) {
-                    std::optional<std::string> resolved = resolvePlaceholder(version, name);
-                    if (!resolved) {
-                        continue;
-                    }
-                    name = std::move(*resolved);
                 }
                 if (!identifierBytes) {
                     identifierBytes = sizes.measureFolder(identifier.path).bytes;
                 }
                 records.push_back(makeRecord({{"urlExt", identifier},
-                                              {"verExt", textAtKeyPath(*manifest, "version")},
-                                              {"nameExt", std::move(name)},
+                                              {"verExt", std::move(manifest->version)},
+                                              {"nameExt", std::move(manifest->name)},
                                               {"sizeExt", *identifierBytes},
                                               {"PersonExt", profile.name}}));
             }
@@ -227,29 +119,15 @@ std::optional<RecordList> PrivacyScan::getChromeExtantionList(const DiskRoot& di
 RecordList PrivacyScan::getFirefoxExtantionList(const DiskRoot& disk, SizeCounter& sizes) {
     RecordList records;
     for (const FileUrl& profile : getUrlListAt(disk.inHome(tables::kFirefoxProfiles))) {
-        const std::optional<nlohmann::ordered_json> database =
-            readJsonObject(profile.appending("extensions.json").path);
+        const std::optional<std::string> database = readWholeFile(profile.appending("extensions.json").path);
         if (!database) {
             continue;
         }
-        const nlohmann::ordered_json* addons = valueAtKeyPath(*database, "addons");
-        if (addons == nullptr || !addons->is_array()) {
-            continue;
-        }
-        for (const nlohmann::ordered_json& addon : *addons) {
-            if (!addon.is_object()) {
-                continue;
-            }
-            std::string name = textAtKeyPath(addon, "defaultLocale.name");
-            // Firefox's own built-in entries carry this exact name; an add-on without a name is still listed.
-            if (name == "Default") {
-                continue;
-            }
-            std::string location = recordedLocation(addon);
-            const std::int64_t bytes = measureRecordedLocation(location, sizes);
-            records.push_back(makeRecord({{"urlExt", std::move(location)},
-                                          {"verExt", textAtKeyPath(addon, "version")},
-                                          {"nameExt", std::move(name)},
+        for (FirefoxAddOn& addOn : firefoxAddOnsFromJson(*database)) {
+            const std::int64_t bytes = measureRecordedLocation(addOn.location, sizes);
+            records.push_back(makeRecord({{"urlExt", std::move(addOn.location)},
+                                          {"verExt", std::move(addOn.version)},
+                                          {"nameExt", std::move(addOn.name)},
                                           {"sizeExt", bytes},
                                           {"PersonExt", std::string("Default")}}));
         }

@@ -77,8 +77,4 @@ public:
 /// "a.b"; ".hidden" and "plain" stay as they are).
 [[nodiscard]] std::string_view nameWithoutExtension(std::string_view name);
 
-/// Whether anything exists at an absolute path, links followed (the presence test made before a location is
-/// offered for cleaning). A path that is relative, empty or holds a NUL byte names nothing.
-[[nodiscard]] bool fileExistsAt(std::string_view path);
-
 } // namespace tidewell

@@ -22,6 +22,9 @@ TEST(AdultWords, AWordListPropertyListIsAnArrayOfWhichOnlyStringsCount) {
     EXPECT_EQ(readWordListPlist("<plist version=\"1.0\"><dict><key>a</key><string>b</string></dict></plist>"),
               std::nullopt);
     EXPECT_EQ(readWordListPlist("<plist><array><string>unclosed"), std::nullopt);
+    using namespace std::string_literals;
+    EXPECT_EQ(readWordListPlist("<plist><array><string>ab\0c</string></array></plist>"s),
+              std::vector<std::string>{"ab"});
     EXPECT_EQ(readWordListPlist(""), std::nullopt);
 }
 

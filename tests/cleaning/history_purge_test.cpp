@@ -106,20 +106,6 @@ TEST_F(HistoryPurge, ChromeSessionFilesGoWhetherOrNotARowMatchedAndAMissingDatab
     EXPECT_EQ(logs.lines().size(), 2U);
 }
 
-TEST_F(HistoryPurge, ADatabaseItsBrowserHoldsLockedIsLeftAsItWas) {
-    const std::string path = d.at("Library/Safari/History.db");
-    testing::writeHistoryDatabase(path, Browser::Safari, testing::sampleHistoryUrls());
-    const std::vector<std::string> before = testing::tableDump(path, "history_items");
-    sqlite3* browser = nullptr;
-    sqlite3_open(path.c_str(), &browser);
-    ASSERT_EQ(sqlite3_exec(browser, "BEGIN EXCLUSIVE", nullptr, nullptr, nullptr), SQLITE_OK);
-    purge(deleteSafariAdultHistory, path, {"porn"});
-    sqlite3_exec(browser, "COMMIT", nullptr, nullptr, nullptr);
-    sqlite3_close(browser);
-    EXPECT_EQ(testing::tableDump(path, "history_items"), before);
-    EXPECT_EQ(logs.lines(), std::vector<std::string>{"Safari Deleted"});
-}
-
 TEST_F(HistoryPurge, NoDatabaseOutsideTheGrantedFolderOrBehindALinkIsOpened) {
     const std::string outside = d.at("/Elsewhere/History");
     testing::writeHistoryDatabase(outside, Browser::Chrome, testing::sampleHistoryUrls());

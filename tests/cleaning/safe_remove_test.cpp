@@ -117,14 +117,7 @@ TEST_F(SafeRemove, CleaningMetadataThatPointsAwayChangesNothingOutsideTheHome) {
 }
 
 TEST_F(SafeRemove, TenThousandLevelsGoWithinASmallDescriptorLimit) {
-    int fd = ::open(d.home().c_str(), O_RDONLY | O_DIRECTORY);
-    for (int level = 0; level < 10000 && fd >= 0; ++level) {
-        ::mkdirat(fd, "d", 0755);
-        ::close(::openat(fd, "f", O_WRONLY | O_CREAT, 0644));
-        const int next = ::openat(fd, "d", O_RDONLY | O_DIRECTORY);
-        ::close(fd);
-        fd = next;
-    }
+    const int fd = testing::makeFolderChain(d.home(), 10000);
     ASSERT_GE(fd, 0);
     ::close(fd);
     rlimit saved{};

@@ -151,4 +151,16 @@ DiskBuilder& DiskBuilder::allApps() {
         .app("/System/Library/CoreServices/Finder.app");
 }
 
+int makeFolderChain(const std::string& folder, int levels) {
+    int fd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    for (int level = 0; level < levels && fd >= 0; ++level) {
+        ::mkdirat(fd, "d", 0755);
+        ::close(::openat(fd, "f", O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+        const int next = ::openat(fd, "d", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        ::close(fd);
+        fd = next;
+    }
+    return fd;
+}
+
 } // namespace tidewell::testing

@@ -63,6 +63,11 @@ private:
     std::string m_login;
 };
 
+/// Makes a chain of `levels` folders named "d" in an existing folder, each but the deepest holding an empty file "f"
+/// beside the next "d", and returns the deepest folder open (the caller closes it), or -1 when the chain could not
+/// be made. It is made through open folders, so it may outrun any path length limit.
+[[nodiscard]] int makeFolderChain(const std::string& folder, int levels);
+
 /// Makes every parent folder of path (not path itself).
 void makeParents(const std::string& path);
 
