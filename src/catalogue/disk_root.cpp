@@ -27,6 +27,12 @@ std::expected<DiskRoot, std::string> DiskRoot::make(std::string_view rootDir, st
     if (::stat(root.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
         return std::unexpected("the disk root '" + std::string(rootDir) + "' is not a folder");
     }
+    // The root is taken as the real folder it names. Grants name real folders too, so the catalogue's locations
+    // and the deletion boundary agree even when the root is reached through a link.
+    root = std::filesystem::canonical(root, ec);
+    if (ec) {
+        return std::unexpected("cannot resolve the disk root '" + std::string(rootDir) + "': " + ec.message());
+    }
     std::string prefix = root.string();
     while (!prefix.empty() && prefix.back() == '/') {
         prefix.pop_back();

@@ -13,8 +13,9 @@ namespace tidewell {
 class DiskRoot {
 public:
     /// Checks and normalises a root folder and a login name. The root is made absolute against the current
-    /// folder; it must name an existing folder. The login name must be a single path component (no "/", not "."
-    /// or "..", not empty), so the home folder can never lie outside <root>/Users.
+    /// folder and its links are resolved (the catalogue names real locations); it must name an existing folder.
+    /// The login name must be a single path component (no "/", not "." or "..", not empty), so the home folder
+    /// can never lie outside <root>/Users.
     static std::expected<DiskRoot, std::string> make(std::string_view rootDir, std::string_view loginName);
 
     /// The login name of the process owner, from the user database (never $HOME or $USER).

@@ -4,6 +4,7 @@
 
 #include <cstdio>
 
+#include "cleaning/safe_remove.hpp"
 #include "platform/folder_grant.hpp"
 #include "support/disk_builder.hpp"
 #include "support/unprivileged.hpp"
@@ -136,6 +137,21 @@ TEST(FolderPathsTest, WritabilityFollowsTheFileSystemInsideAGrant) {
     });
     ::chmod(disk.at("locked").c_str(), 0755);
     EXPECT_EQ(seen, 2) << "the open folder is writable, the read-only one is not";
+}
+
+// The grant names the real folder; the catalogue's locations come from the disk root. Both must agree even when
+// the root is reached through a link, or the window's clean would find every location outside its grant.
+TEST(FolderGrantBoundary, AGrantBoundsTheCatalogueOfADiskReachedThroughALink) {
+    TempFolder temp;
+    DiskBuilder d(temp.path() + "/real-disk");
+    d.file("Library/Caches/old", 10);
+    ASSERT_EQ(::symlink((temp.path() + "/real-disk").c_str(), (temp.path() + "/linked-disk").c_str()), 0);
+    const auto disk = DiskRoot::make(temp.path() + "/linked-disk", "ann");
+    ASSERT_TRUE(disk);
+    EXPECT_EQ(disk->homePath(), temp.path() + "/real-disk/Users/ann");
+    const auto grant = createFolderGrant(disk->homePath());
+    ASSERT_TRUE(grant);
+    EXPECT_TRUE(removeItem(DeletionBoundary(grant->path), disk->inHome("Library/Caches/old").path));
 }
 
 } // namespace
