@@ -33,8 +33,8 @@ BuilderOutcome addGoogleChromeDetails(ScanEnv& env) {
     for (const ChromeProfile& profile : *profiles) {
         const FileUrl profileFolder = chromeFolder.appending(profile.folder);
         const BaseResolver base = [&](tables::Base) { return profileFolder; };
-        for (const tables::ItemSpec& spec : tables::kChromeProfileItems) {
-            items.push_back(makeTableItem(spec, fillName(spec.name, profile.name), base));
+        for (const tables::ItemSpec& entry : tables::kChromeProfileItems) {
+            items.push_back(makeTableItem(entry, fillName(entry.name, profile.name), base));
         }
         for (const std::string_view cache : tables::kChromeProfileCaches) {
             caches.push_back(profileFolder.appending(cache));
@@ -55,8 +55,8 @@ BuilderOutcome addMozilaFirefoxDetails(ScanEnv& env) {
         const BaseResolver base = [&](tables::Base which) {
             return which == tables::Base::FirefoxProfile ? profileFolder : env.disk.homeUrl();
         };
-        for (const tables::ItemSpec& spec : tables::kFirefoxItems) {
-            items.push_back(makeTableItem(spec, std::string(spec.name), base));
+        for (const tables::ItemSpec& entry : tables::kFirefoxItems) {
+            items.push_back(makeTableItem(entry, std::string(entry.name), base));
         }
     }
     return measuredSection(env, "Firefox", std::move(items), env.disk.resolve(tables::kFirefoxApp));

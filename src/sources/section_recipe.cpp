@@ -5,23 +5,23 @@
 
 namespace tidewell {
 
-UrlList resolveLocations(const tables::ItemSpec& spec, const BaseResolver& base) {
+UrlList resolveLocations(const tables::ItemSpec& entry, const BaseResolver& base) {
     UrlList locations;
-    locations.reserve(spec.locations.size());
-    for (const tables::Location& location : spec.locations) {
+    locations.reserve(entry.locations.size());
+    for (const tables::Location& location : entry.locations) {
         locations.push_back(base(location.base).appending(location.path));
     }
     return locations;
 }
 
-RecordPtr makeTableItem(const tables::ItemSpec& spec, std::string name, const BaseResolver& base) {
-    if (spec.handMade) {
-        return makeRecord({{"AllList", resolveLocations(spec, base)},
+RecordPtr makeTableItem(const tables::ItemSpec& entry, std::string name, const BaseResolver& base) {
+    if (entry.handMade) {
+        return makeRecord({{"AllList", resolveLocations(entry, base)},
                            {"NameText", std::move(name)},
                            {"isChecked", false},
                            {"sizeText", std::string("10KB")}});
     }
-    return getDicForList(resolveLocations(spec, base), std::move(name), false);
+    return getDicForList(resolveLocations(entry, base), std::move(name), false);
 }
 
 BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items, std::string image) {
@@ -52,8 +52,8 @@ BuilderOutcome tableSection(ScanEnv& env, const tables::SourceSpec& source) {
         }
     };
     RecordList items;
-    for (const tables::ItemSpec& spec : source.items) {
-        items.push_back(makeTableItem(spec, std::string(spec.name), base));
+    for (const tables::ItemSpec& entry : source.items) {
+        items.push_back(makeTableItem(entry, std::string(entry.name), base));
     }
     return measuredSection(env, std::string(source.title), std::move(items), env.disk.resolve(source.app));
 }

@@ -12,11 +12,11 @@ namespace tidewell {
 using BaseResolver = std::function<FileUrl(tables::Base)>;
 
 /// An item's locations: each table entry appended to its base, in table order.
-[[nodiscard]] UrlList resolveLocations(const tables::ItemSpec& spec, const BaseResolver& base);
+[[nodiscard]] UrlList resolveLocations(const tables::ItemSpec& entry, const BaseResolver& base);
 
 /// An item of a path table: the factory's record (isExt false), or for a hand-made entry exactly "AllList",
 /// "NameText", "isChecked" false and "sizeText" "10KB" (a placeholder the measurement replaces).
-[[nodiscard]] RecordPtr makeTableItem(const tables::ItemSpec& spec, std::string name, const BaseResolver& base);
+[[nodiscard]] RecordPtr makeTableItem(const tables::ItemSpec& entry, std::string name, const BaseResolver& base);
 
 /// The common end of a source builder: measures the items (`countSize:`), formats the total with the
 /// "Zero KB" -> "0 byte" rule, and builds the section with "Name", "List", "Size", "Img", "isChecked" true,
