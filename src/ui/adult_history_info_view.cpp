@@ -12,9 +12,7 @@ namespace {
 QLabel* paragraph(const QString& text, QWidget* parent) {
     auto* label = new QLabel(text, parent);
     label->setWordWrap(true);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, kTextColor);
-    label->setPalette(palette);
+    setTextColour(*label, kTextColor);
     return label;
 }
 

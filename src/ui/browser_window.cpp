@@ -42,9 +42,7 @@ BrowserView::BrowserView(QWidget* parent)
     QFont bold = m_sentence->font();
     bold.setBold(true);
     m_sentence->setFont(bold);
-    QPalette text = m_sentence->palette();
-    text.setColor(QPalette::WindowText, kTextColor);
-    m_sentence->setPalette(text);
+    setTextColour(*m_sentence, kTextColor);
     m_rowsLayout->setContentsMargins(4, 0, 4, 0);
     m_rowsLayout->setSpacing(6);
     styleSecondaryButton(*m_closeWindow);
@@ -87,9 +85,7 @@ void BrowserView::setBrowserList(const RecordList& entries) {
         icon->setFixedSize(kRowIconSize, kRowIconSize);
         auto* name = new QLabel(QString::fromStdString(entry->text("NameBrowser")), row);
         name->setObjectName(QStringLiteral("NameBrowser"));
-        QPalette text = name->palette();
-        text.setColor(QPalette::WindowText, kTextColor);
-        name->setPalette(text);
+        setTextColour(*name, kTextColor);
         auto* line = new QHBoxLayout(row);
         line->setContentsMargins(0, 0, 0, 0);
         line->setSpacing(10);

@@ -72,11 +72,8 @@ ToolsSelectionCell::ToolsSelectionCell(QWidget* parent)
     m_indent->hide();
     m_sizeText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
 
-    QPalette text = m_nameText->palette();
-    text.setColor(QPalette::WindowText, kTextColor);
-    m_nameText->setPalette(text);
-    text.setColor(QPalette::WindowText, kMutedTextColor);
-    m_sizeText->setPalette(text);
+    setTextColour(*m_nameText, kTextColor);
+    setTextColour(*m_sizeText, kMutedTextColor);
 
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(14, 0, 16, 0);
@@ -138,9 +135,7 @@ void SelectionView::awakeFromNib() {
     heading.setBold(true);
     heading.setPointSizeF(heading.pointSizeF() * 1.15);
     m_title->setFont(heading);
-    QPalette text = m_title->palette();
-    text.setColor(QPalette::WindowText, kTextColor);
-    m_title->setPalette(text);
+    setTextColour(*m_title, kTextColor);
     stylePrimaryButton(*m_done);
     m_done->setMinimumWidth(96);
     m_done->setAutoDefault(false);

@@ -20,12 +20,6 @@ constexpr int kIconSize = 38;
 constexpr int kDetailsIconSize = 22;
 constexpr int kCardRadius = 7;
 
-void setTextColour(QWidget& widget, const QColor& colour) {
-    QPalette palette = widget.palette();
-    palette.setColor(QPalette::WindowText, colour);
-    widget.setPalette(palette);
-}
-
 QToolButton* makeFlatButton(const QString& name, QWidget* parent) {
     auto* button = new QToolButton(parent);
     button->setObjectName(name);

@@ -118,9 +118,7 @@ ToolsViewController::ToolsViewController(AppDelegate* appDel, DiskRoot disk, Too
     m_itemTable->setRowSpacing(kRowStep - ToolsCell::kHeight, QMargins(20, 10, 20, 5));
     m_emptyText = new QLabel(QStringLiteral("Looking for traces…"), m_tableArea);
     m_emptyText->setAlignment(Qt::AlignCenter);
-    QPalette muted = m_emptyText->palette();
-    muted.setColor(QPalette::WindowText, kMutedTextColor);
-    m_emptyText->setPalette(muted);
+    setTextColour(*m_emptyText, kMutedTextColor);
     auto* area = new QVBoxLayout(m_tableArea);
     area->setContentsMargins(0, 0, 0, 0);
     area->setSpacing(0);

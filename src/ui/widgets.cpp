@@ -204,6 +204,12 @@ void CellTable::paintRowBackground(QWidget& view, int row) const {
     view.setAutoFillBackground(true);
 }
 
+void setTextColour(QWidget& widget, const QColor& colour) {
+    QPalette palette = widget.palette();
+    palette.setColor(QPalette::WindowText, colour);
+    widget.setPalette(palette);
+}
+
 // --- Buttons ---
 
 void stylePrimaryButton(QWidget& button) {

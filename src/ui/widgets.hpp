@@ -118,6 +118,9 @@ private:
 void stylePrimaryButton(QWidget& button);
 void styleSecondaryButton(QWidget& button);
 
+/// Gives a label (or any widget drawing text) the colour of its text.
+void setTextColour(QWidget& widget, const QColor& colour);
+
 /// Tidewell's colour, and the greys of its texts.
 inline const QColor kAccentColor{46, 110, 142};
 inline const QColor kTextColor{38, 38, 38};

@@ -88,9 +88,7 @@ WindowLightVIew::WindowLightVIew(QWidget* parent)
     QFont font = m_title->font();
     font.setWeight(QFont::DemiBold);
     m_title->setFont(font);
-    QPalette palette = m_title->palette();
-    palette.setColor(QPalette::WindowText, QColor(70, 70, 70));
-    m_title->setPalette(palette);
+    setTextColour(*m_title, QColor(70, 70, 70));
     // The title sits in the middle of the whole bar, whatever the buttons take on the left: it is laid over them
     // rather than beside them, and lets the pointer through to the bar.
     m_title->setAttribute(Qt::WA_TransparentForMouseEvents);
