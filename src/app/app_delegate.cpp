@@ -513,22 +513,21 @@ void AppDelegate::displayPanel(const RecordList& entries) {
     if (!m_browserWindow && m_browserWindowFactory && m_windCMain) {
         m_browserWindow = m_browserWindowFactory(*this, *m_windCMain);
     }
-    if (!m_browserWindow) {
-        return;
+    if (BrowserPanelWindow* panel = m_browserWindow.data()) {
+        panel->setBrowserList(entries);
+        panel->beginSheet();
     }
-    m_browserWindow->setBrowserList(entries);
-    m_browserWindow->beginSheet();
 }
 
 void AppDelegate::reloadPanel(const RecordList& entries) {
-    if (m_browserWindow) {
-        m_browserWindow->setBrowserList(entries);
+    if (BrowserPanelWindow* panel = m_browserWindow.data()) {
+        panel->setBrowserList(entries);
     }
 }
 
 void AppDelegate::disMissPanel() {
-    if (m_browserWindow) {
-        m_browserWindow->endSheet();
+    if (BrowserPanelWindow* panel = m_browserWindow.data()) {
+        panel->endSheet();
     }
 }
 

@@ -551,12 +551,13 @@ void ToolsViewController::hideDockChange(bool hide) {
 }
 
 void ToolsViewController::restoreSettingsBoxes() {
-    if (!m_appDel) {
+    const AppDelegate* appDel = m_appDel.data();
+    if (appDel == nullptr) {
         return;
     }
-    m_realTimeScanBox->setChecked(m_appDel->isRealTimeProtectionON());
-    m_runAtStartBox->setChecked(m_appDel->runOnStart());
-    m_hideDockBox->setChecked(!m_appDel->dockIcon());
+    m_realTimeScanBox->setChecked(appDel->isRealTimeProtectionON());
+    m_runAtStartBox->setChecked(appDel->runOnStart());
+    m_hideDockBox->setChecked(!appDel->dockIcon());
 }
 
 void ToolsViewController::getHelp() {
