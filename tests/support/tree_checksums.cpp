@@ -1,7 +1,5 @@
 #include "support/tree_checksums.hpp"
 
-#include <fmt/format.h>
-
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -30,7 +28,8 @@ std::uint64_t checksumOf(int fd) {
 }
 
 std::string describe(int folderFd, const char* name, const struct stat& st) {
-    const std::string owner = fmt::format(" {} {}:{}", st.st_mode & 07777, st.st_uid, st.st_gid);
+    const std::string owner =
+        " " + std::to_string(st.st_mode & 07777) + " " + std::to_string(st.st_uid) + ":" + std::to_string(st.st_gid);
     switch (st.st_mode & S_IFMT) {
     case S_IFDIR:
         return "folder" + owner;
