@@ -3,8 +3,8 @@
 #include <unistd.h>
 
 #include <fstream>
-#include <sstream>
 
+#include "catalogue/folders.hpp"
 #include "platform/purge_schedule.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_service_manager.hpp"
@@ -16,10 +16,7 @@ using testing::FakeServiceManager;
 using testing::TempFolder;
 
 std::string readFile(const std::string& path) {
-    std::ifstream in(path);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return readWholeFile(path).value_or("(unreadable)");
 }
 
 bool exists(const std::string& path) {
