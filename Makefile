@@ -76,10 +76,16 @@ bench: deps
 screenshots: build
 	@QT_QPA_PLATFORM=offscreen $(BUILD)/tests/app/tidewell-screenshots build/screenshots
 
-# A Debian package of tidewell and tidewell-cli, from an optimised build without tests: build/package/*.deb.
-package: deps
+# A Debian package of tidewell and tidewell-cli, from an optimised build without tests: build/package/*.deb, with
+# manual pages made from the programs' help. lintian fails it on any error or warning; the AppStream metadata and
+# the desktop entry are validated too (offline: the screenshot's address on the web site is not fetched).
+package:
+	@scripts/deps.sh package
 	@cmake --preset package -DTIDEWELL_WERROR=$(WERROR) >/dev/null
 	@cmake --build build/package --target package
+	appstreamcli validate --no-net --pedantic --strict packaging/app.tidewell.tidewell.metainfo.xml
+	desktop-file-validate resources/tidewell.desktop
+	lintian --fail-on error,warning build/package/tidewell_*.deb
 
 clean:
 	rm -rf build

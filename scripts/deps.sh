@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian packages Tidewell builds with, when any is missing: one `apt-get update`, then one
-# `apt-get install -y` of just the missing ones. Does nothing when all are there.
+# `apt-get install -y` of just the missing ones. Does nothing when all are there. `deps.sh package` also installs
+# what `make package` needs beyond a build: the tools that make the package, its manual pages, and check it.
 set -euo pipefail
 
 packages=(
@@ -8,9 +9,11 @@ packages=(
     libsqlite3-dev nlohmann-json3-dev libplist-dev libfmt-dev libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
     qt6-base-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins fonts-dejavu-core
-    dpkg-dev file
     clang-14 libfuzzer-14-dev
 )
+if [ "${1:-}" = package ]; then
+    packages+=(dpkg-dev file help2man lintian appstream desktop-file-utils)
+fi
 
 missing=()
 for package in "${packages[@]}"; do

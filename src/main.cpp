@@ -6,12 +6,15 @@
 #include <QStandardPaths>
 #include <QWidget>
 #include <cstdio>
+#include <memory>
+#include <string_view>
 
 #include "app/app_delegate.hpp"
 #include "app/real_time_purge.hpp"
 #include "app/single_instance.hpp"
 #include "catalogue/disk_root.hpp"
 #include "platform/login_item.hpp"
+#include "platform/purge_schedule.hpp"
 #include "ui/main_window.hpp"
 #include "version.hpp"
 
@@ -19,9 +22,55 @@ namespace {
 
 constexpr int kExitUsage = 2;
 
+// What the option list cannot say. The manual page is made from this help, so this is where it stays true.
+constexpr const char* kHelpFooter = R"(
+Tidewell lives in the status menu once started: "Real-time Scan Enabled/Disabled" switches the hourly purge of
+adult-site history, "Open Main Console" brings the window back and "Quit" ends it. Starting tidewell again brings
+the running one's window forward. While the systemd user timer of "tidewell-cli schedule on" runs the hourly purge,
+the window's own hourly purge stays off.
+
+Exit status:
+  0  done, or the running Tidewell was brought forward
+  2  usage error (one line on standard error)
+
+Disk layout:
+  The disk is read in the fixed layout of a macOS disk, under the disk root (--root, "/" by default): the home
+  folder is <root>/Users/NAME, where NAME is --user or the login name of whoever runs tidewell (never $HOME), and
+  applications are looked for under <root>/Applications. Tidewell reaches the home folder only through the folder
+  its access window was granted, and removes nothing outside it.
+
+Files:
+  ~/.config/tidewell/tidewell.conf
+      The settings and the folder grant.
+  ~/.config/autostart/tidewell.desktop
+      The login item of "Run at start": it starts "tidewell --autostart".
+  ~/.local/share/tidewell/Crash Reports/
+      What ended Tidewell when it crashed; reports stay on this computer.
+  <prefix>/share/tidewell/adultWord.plist
+      The word list of the purge, beside the program's folder: /usr/share/tidewell for /usr/bin/tidewell.
+  ~/.config is $XDG_CONFIG_HOME and ~/.local/share is $XDG_DATA_HOME when these are set.
+)";
+
 int usageError(const QString& message) {
     std::fprintf(stderr, "tidewell: %s\n", message.toLocal8Bit().constData());
     return kExitUsage;
+}
+
+// The help and the version only print. They are answered by a plain core application, without the window's, so
+// they work where there is no display (a console, a package build making the manual page).
+bool asksOnlyForText(int argc, char** argv) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string_view argument(argv[i]);
+        if (argument == "--") {
+            break;
+        }
+        for (const std::string_view text : {"-h", "-?", "--help", "--help-all", "-v", "--version"}) {
+            if (argument == text) {
+                return true;
+            }
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -31,8 +80,9 @@ int main(int argc, char** argv) {
     QApplication::setApplicationDisplayName(QStringLiteral("Tidewell"));
     QApplication::setApplicationVersion(QString::fromLatin1(tidewell::kVersion));
     QApplication::setDesktopFileName(QStringLiteral("tidewell"));
-    QApplication app(argc, argv);
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tidewell.svg")));
+    const std::unique_ptr<QCoreApplication> app = asksOnlyForText(argc, argv)
+                                                      ? std::make_unique<QCoreApplication>(argc, argv)
+                                                      : std::make_unique<QApplication>(argc, argv);
 
     QCommandLineParser parser;
     parser.setApplicationDescription(
@@ -50,11 +100,12 @@ int main(int argc, char** argv) {
     const QCommandLineOption autostartOption(QString::fromLatin1(tidewell::kAutostartArgument.substr(2)),
                                              QStringLiteral("Started at login (used by the login item)."));
     parser.addOptions({rootOption, userOption, autostartOption});
-    if (!parser.parse(QApplication::arguments())) {
+    if (!parser.parse(QCoreApplication::arguments())) {
         return usageError(parser.errorText());
     }
-    if (parser.isSet(helpOption)) {
+    if (parser.isSet(helpOption) || parser.isSet(QStringLiteral("help-all"))) {
         std::fputs(qPrintable(parser.helpText()), stdout);
+        std::fputs(kHelpFooter, stdout);
         return 0;
     }
     if (parser.isSet(versionOption)) {
@@ -64,6 +115,11 @@ int main(int argc, char** argv) {
     if (!parser.positionalArguments().isEmpty()) {
         return usageError(QStringLiteral("unexpected argument: %1").arg(parser.positionalArguments().front()));
     }
+    if (qobject_cast<QApplication*>(app.get()) == nullptr) {
+        // "--help" or "--version" was taken as an option's value, so there is neither text to print nor a window.
+        return usageError(QStringLiteral("--help and --version cannot be an option's value"));
+    }
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tidewell.svg")));
     const std::string user =
         parser.isSet(userOption) ? parser.value(userOption).toStdString() : tidewell::DiskRoot::processLoginName();
     auto disk = tidewell::DiskRoot::make(parser.value(rootOption).toStdString(), user);
@@ -84,6 +140,11 @@ int main(int argc, char** argv) {
         tidewell::LoginItemPlace{tidewell::defaultAutostartFolder(), QApplication::applicationFilePath().toStdString()},
         parser.isSet(autostartOption),
         QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + QStringLiteral("/Crash Reports")};
+    // The systemd timer of `tidewell-cli schedule on` purges the user's own home; only a window on that same home
+    // leaves its hourly purge to it.
+    if (disk->rootPrefix().empty() && disk->loginName() == tidewell::DiskRoot::processLoginName()) {
+        environment.purgeUnitFolder = QString::fromStdString(tidewell::defaultUserUnitFolder());
+    }
     tidewell::AppDelegate delegate(std::move(environment));
 
     // Each hourly tick purges adult-site history inside the started grant; the purge's tasks run off the main

@@ -19,6 +19,7 @@
 #include "app/notification_centre.hpp"
 #include "app/open_panel.hpp"
 #include "app/relative_date.hpp"
+#include "app/scheduled_purge_watch.hpp"
 #include "platform/crash_report.hpp"
 #include "platform/log.hpp"
 #include "version.hpp"
@@ -68,6 +69,13 @@ AppDelegate::AppDelegate(AppEnvironment environment, QObject* parent)
     : QObject(parent), m_environment(std::move(environment)), m_settings(m_environment.settingsFile) {
     QApplication::setQuitOnLastWindowClosed(applicationShouldTerminateAfterLastWindowClosed());
     connect(qApp, &QCoreApplication::aboutToQuit, this, &AppDelegate::applicationWillTerminate);
+    if (!m_environment.purgeUnitFolder.isEmpty()) {
+        m_scheduledPurge = new ScheduledPurgeWatch(m_environment.purgeUnitFolder, this);
+        connect(m_scheduledPurge, &ScheduledPurgeWatch::changed, this, [this] {
+            realTimeScanning(m_isRealTimeProtectionON);
+            emit settingsChanged();
+        });
+    }
 }
 
 AppDelegate::~AppDelegate() {
@@ -351,6 +359,9 @@ void AppDelegate::realTimeScanning(bool on) {
         return;
     }
     stopRealTimeTimer();
+    if (purgeScheduledBySystem()) {
+        return;
+    }
     m_realTimeScanningTimer = new QTimer(this);
     m_realTimeScanningTimer->setObjectName(QStringLiteral("realTimeScanningTimer"));
     m_realTimeScanningTimer->setInterval(m_realTimePeriod);
@@ -366,6 +377,10 @@ void AppDelegate::stopRealTimeTimer() {
     m_realTimeScanningTimer->stop();
     delete m_realTimeScanningTimer;
     m_realTimeScanningTimer = nullptr;
+}
+
+bool AppDelegate::purgeScheduledBySystem() const {
+    return m_scheduledPurge != nullptr && m_scheduledPurge->isOn();
 }
 
 QTimer* AppDelegate::realTimeScanningTimer() const {

@@ -28,6 +28,7 @@ namespace tidewell {
 
 class NotAccessVC;
 class NotificationCentre;
+class ScheduledPurgeWatch;
 
 /// What the program gives the delegate when it starts.
 struct AppEnvironment {
@@ -41,6 +42,9 @@ struct AppEnvironment {
     bool launchedAtLogin = false;
     /// The folder crash reports go to; empty starts no crash reporting (tests).
     QString crashReportFolder;
+    /// The user's systemd unit folder, watched for the hourly purge timer of `tidewell-cli schedule on`; empty
+    /// watches nothing (a window on another disk or home than the user's own, which that timer does not purge).
+    QString purgeUnitFolder = {};
 };
 
 /// `AppDelegate`: the process-wide side of Tidewell's window face. It runs the start-up sequence, owns the stored
@@ -161,8 +165,12 @@ public:
     [[nodiscard]] AppSettings& settings() { return m_settings; }
 
     /// Starts (on, and only while real-time is on) or stops the hourly timer. Starting replaces any running timer,
-    /// so there is never more than one; the first tick comes one period after the start, none at once.
+    /// so there is never more than one; the first tick comes one period after the start, none at once. While the
+    /// systemd timer runs the purge (purgeScheduledBySystem), starting stops the timer instead: only one of the two
+    /// purges; the timer starts again when the systemd timer is turned off.
     void realTimeScanning(bool on);
+    /// Whether the systemd user timer of `tidewell-cli schedule on` runs the hourly purge of this home.
+    [[nodiscard]] bool purgeScheduledBySystem() const;
     /// `realTimeScanningTimer`: the running timer, null when off.
     [[nodiscard]] QTimer* realTimeScanningTimer() const;
     /// The timer's action: runs the real-time purge, silently.
@@ -255,6 +263,7 @@ private:
     std::unique_ptr<QMenu> m_menuStatusBar;
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     QTimer* m_realTimeScanningTimer = nullptr;
+    ScheduledPurgeWatch* m_scheduledPurge = nullptr;
 
     bool m_isRealTimeProtectionON = true;
     bool m_runOnStart = true;

@@ -6,6 +6,7 @@
 #include <ostream>
 
 #include "cli/command.hpp"
+#include "cli/help_text.hpp"
 #include "platform/log.hpp"
 #include "version.hpp"
 
@@ -65,12 +66,15 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
     CLI::App app("Tidewell finds and removes the privacy traces of browsers, mail, the system and the Flash player.",
                  kProgram);
     app.set_version_flag("--version", fmt::format("{} {}", kProgram, kVersion));
+    installHelpText(app);
     app.require_subcommand(1, 1);
     std::string rootDir = "/";
     std::string user = DiskRoot::processLoginName();
     app.add_option("--root", rootDir, "The disk to look at: any folder laid out like a macOS disk")
+        ->type_name("DIR")
         ->capture_default_str();
-    app.add_option("--user", user, "Whose home folder, <root>/Users/NAME, to look at")->capture_default_str();
+    app.add_option("--user", user, "Whose home folder, <root>/Users/NAME, to look at (default: your login name)")
+        ->type_name("NAME");
 
     std::map<const CLI::App*, CommandRunner> runners;
     const auto add = [&](CommandRunner (*adder)(CLI::App&)) {
@@ -82,6 +86,7 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
     add(addInventoryCommand);
     add(addCleanCommand);
     add(addPurgeCommand);
+    add(addScheduleCommand);
 
     std::vector<std::string> reversed(args.rbegin(), args.rend());
     try {

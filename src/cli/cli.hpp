@@ -8,6 +8,10 @@
 
 #include "platform/running_apps.hpp"
 
+namespace tidewell {
+class PurgeSchedule;
+}
+
 namespace tidewell::cli {
 
 /// The streams of one run of the command-line tool: the catalogue goes to `out`, log lines, questions and errors
@@ -21,6 +25,8 @@ struct CliIo {
     const RunningApplications* running = nullptr;
     /// How `clean --wait` waits between two looks at the browsers; empty sleeps.
     std::function<void(std::chrono::seconds)> pause = {};
+    /// The timer `schedule` manages; null manages the user's own through `systemctl --user`.
+    const PurgeSchedule* schedule = nullptr;
 };
 
 /// Exit statuses of tidewell-cli.

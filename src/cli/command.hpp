@@ -28,6 +28,8 @@ CommandRunner addExtensionsCommand(CLI::App& app);
 CommandRunner addInventoryCommand(CLI::App& app);
 CommandRunner addCleanCommand(CLI::App& app);
 CommandRunner addPurgeCommand(CLI::App& app);
+/// `schedule on|off|status`: the hourly purge as a systemd user timer, on the user's own home.
+CommandRunner addScheduleCommand(CLI::App& app);
 
 /// The running browsers as the run sees them: the injected probe, or the system's (kept in `owned`).
 const RunningApplications& runningApplications(CliIo& io, std::unique_ptr<RunningApplications>& owned);

@@ -18,4 +18,13 @@ bool fileSystemAllowsWriting(const std::string& path);
 /// afterwards, made now or before.
 bool makeFolders(const std::string& path);
 
+/// The user's configuration folder: $XDG_CONFIG_HOME, or ~/.config when that variable is unset, empty or not
+/// absolute (the home folder from $HOME, else from the user database).
+[[nodiscard]] std::string userConfigFolder();
+
+/// Writes text as the file <folder>/<name> (mode 0644), making the folder when missing. The text is written beside
+/// the file and renamed over it, so a reader never sees half of it and an earlier file is replaced whole. False
+/// when it could not be written (a read-only folder, a folder where the file should be).
+bool replaceFileWhole(const std::string& folder, std::string_view name, std::string_view text);
+
 } // namespace tidewell

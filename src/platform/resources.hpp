@@ -6,6 +6,9 @@
 
 namespace tidewell {
 
+/// The absolute path of the running program, links resolved; nothing when the platform cannot say.
+[[nodiscard]] std::optional<std::string> executablePath();
+
 /// The folder of the running program, without a trailing slash; nothing when the platform cannot say.
 [[nodiscard]] std::optional<std::string> executableFolder();
 

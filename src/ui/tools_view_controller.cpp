@@ -32,6 +32,11 @@ namespace tidewell {
 namespace {
 
 constexpr int kItemTableTag = 1;
+
+// The real-time box's tooltip: what the setting does, or, while the systemd timer does it, that the box rests.
+constexpr const char* kRealTimeTip = "Remove adult-site history every hour while no browser runs";
+constexpr const char* kRealTimeScheduledTip =
+    "The systemd timer of tidewell-cli schedule runs the hourly purge, so this window's hourly timer is off";
 constexpr int kSelectionTableTag = 2;
 
 // The details panel's rows: grouped sections are denser and show more rows before scrolling.
@@ -154,7 +159,7 @@ QWidget* ToolsViewController::makeBottomBar() {
 
     m_realTimeScanBox = new QCheckBox(QStringLiteral("Real-time scan"), bar);
     m_realTimeScanBox->setObjectName(QStringLiteral("realTimeScan"));
-    m_realTimeScanBox->setToolTip(QStringLiteral("Remove adult-site history every hour while no browser runs"));
+    m_realTimeScanBox->setToolTip(QString::fromLatin1(kRealTimeTip));
     m_runAtStartBox = new QCheckBox(QStringLiteral("Run at start"), bar);
     m_runAtStartBox->setObjectName(QStringLiteral("runAtStart"));
     m_runAtStartBox->setToolTip(QStringLiteral("Start Tidewell when you log in"));
@@ -556,6 +561,8 @@ void ToolsViewController::restoreSettingsBoxes() {
         return;
     }
     m_realTimeScanBox->setChecked(appDel->isRealTimeProtectionON());
+    m_realTimeScanBox->setToolTip(
+        QString::fromLatin1(appDel->purgeScheduledBySystem() ? kRealTimeScheduledTip : kRealTimeTip));
     m_runAtStartBox->setChecked(appDel->runOnStart());
     m_hideDockBox->setChecked(!appDel->dockIcon());
 }

@@ -15,12 +15,14 @@ struct ToolRun {
     std::string err;
 };
 
-/// Runs tidewell-cli in this process with these arguments, no one at the keyboard.
-inline ToolRun runTool(const std::vector<std::string>& args) {
+/// Runs tidewell-cli in this process with these arguments, no one at the keyboard; `schedule` manages the given
+/// timer (none: the user's own).
+inline ToolRun runTool(const std::vector<std::string>& args, const PurgeSchedule* schedule = nullptr) {
     std::ostringstream out;
     std::ostringstream err;
     std::istringstream in;
     cli::CliIo io{out, err, in, false};
+    io.schedule = schedule;
     const int status = cli::runCli(args, io);
     return {status, out.str(), err.str()};
 }

@@ -9,6 +9,8 @@
 #include <condition_variable>
 #include <mutex>
 
+#include "platform/purge_schedule.hpp"
+#include "support/fake_service_manager.hpp"
 #include "ui/popover.hpp"
 #include "ui/progress_indicator.hpp"
 #include "window_fixture.hpp"
@@ -243,6 +245,29 @@ TEST_F(ItemTableTest, TheSettingsBoxesShowTheStoredSettingsAndWriteThrough) {
     // The status menu's toggle shows in the box too.
     delegate->RealTimeScanChange();
     EXPECT_TRUE(controller().realTimeScanBox()->isChecked());
+}
+
+TEST_F(ItemTableTest, WhileTheSystemdTimerPurgesTheWindowsHourlyTimerRestsAndTheTooltipSaysWhy) {
+    launch(sectionsNamed({"A"}));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->realTimeScanningTimer() != nullptr; }));
+    const QString ownTip = controller().realTimeScanBox()->toolTip();
+
+    // `schedule on` as the command does it, with a manager that only makes the enabling link; the folders do not
+    // exist yet and appear while Tidewell watches.
+    FakeServiceManager manager(unitFolder);
+    const PurgeSchedule schedule(unitFolder, "/usr/bin/tidewell-cli", manager);
+    ASSERT_TRUE(schedule.turnOn());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->purgeScheduledBySystem(); }));
+    EXPECT_EQ(delegate->realTimeScanningTimer(), nullptr) << "only one of the two purges runs";
+    EXPECT_TRUE(controller().realTimeScanBox()->isChecked()) << "the setting itself stays";
+    EXPECT_TRUE(controller().realTimeScanBox()->toolTip().contains("systemd timer"))
+        << controller().realTimeScanBox()->toolTip().toStdString();
+    delegate->realTimeScanChange(true);
+    EXPECT_EQ(delegate->realTimeScanningTimer(), nullptr) << "switching real-time on again starts no timer";
+
+    ASSERT_TRUE(schedule.turnOff());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->realTimeScanningTimer() != nullptr; }));
+    EXPECT_EQ(controller().realTimeScanBox()->toolTip(), ownTip);
 }
 
 class UrlCatcher : public QObject {

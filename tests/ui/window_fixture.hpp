@@ -77,6 +77,8 @@ protected:
     TempFolder temp;
     DiskBuilder disk{temp.path() + "/disk"};
     QString settingsFile = QString::fromStdString(temp.path() + "/config/tidewell.conf");
+    /// The user's systemd unit folder as Tidewell watches it, for the purge timer of `tidewell-cli schedule`.
+    std::string unitFolder = temp.path() + "/config/systemd/user";
     std::unique_ptr<AppDelegate> delegate;
 
     void SetUp() override {
@@ -107,8 +109,9 @@ protected:
         const auto grant = createFolderGrant(disk.home());
         ASSERT_TRUE(grant);
         settings.setData(keys::kSaveDirectory, QByteArray::fromStdString(grantToBytes(*grant)));
-        delegate = std::make_unique<AppDelegate>(AppEnvironment{
-            disk.disk(), settingsFile, {temp.path() + "/config/autostart", "/usr/bin/tidewell"}, false, QString()});
+        delegate = std::make_unique<AppDelegate>(AppEnvironment{disk.disk(), settingsFile,
+                                                                {temp.path() + "/config/autostart", "/usr/bin/tidewell"},
+                                                                false, QString(), QString::fromStdString(unitFolder)});
         installWindowFactories(*delegate, std::move(options));
         delegate->applicationDidFinishLaunching();
         ASSERT_NE(toolsViewControllerOf(delegate->windCMain()), nullptr);

@@ -9,13 +9,21 @@
 
 namespace tidewell {
 
-std::optional<std::string> executableFolder() {
+std::optional<std::string> executablePath() {
     std::array<char, 4096> buffer{};
     const ssize_t length = ::readlink("/proc/self/exe", buffer.data(), buffer.size());
     if (length <= 0 || static_cast<std::size_t>(length) >= buffer.size()) {
         return std::nullopt;
     }
-    std::string path(buffer.data(), static_cast<std::size_t>(length));
+    return std::string(buffer.data(), static_cast<std::size_t>(length));
+}
+
+std::optional<std::string> executableFolder() {
+    std::optional<std::string> found = executablePath();
+    if (!found) {
+        return std::nullopt;
+    }
+    std::string path = std::move(*found);
     const std::size_t slash = path.rfind('/');
     if (slash == std::string::npos) {
         return std::nullopt;
