@@ -24,6 +24,7 @@ struct Fixture {
     std::string after;                // the SQL of what is left: no line marked "-- goes", each "-- after:" line
     std::vector<std::int64_t> remove; // "-- remove:" the url rows to remove
     std::vector<std::string> gone;    // "-- gone:" texts that no file may hold afterwards
+    std::string older;                // "-- older:" what an older browser version lacks, as SQL
 };
 
 Fixture readFixture(const std::string& name) {
@@ -40,6 +41,8 @@ Fixture readFixture(const std::string& name) {
             f.gone.push_back(line.substr(9));
         } else if (line.starts_with("-- after: ")) {
             f.after += line.substr(10) + "\n";
+        } else if (line.starts_with("-- older: ")) {
+            f.older += line.substr(10) + "\n";
         } else if (!line.starts_with("--")) {
             f.before += line + "\n";
             f.after += line.ends_with("-- goes") ? "" : line + "\n";
@@ -106,41 +109,16 @@ std::map<std::string, std::multiset<std::string>> everyRow(sqlite3* db) {
     return rows;
 }
 
-// The browsers whose schemas are captured, with what an older version of each lacks.
+// The browsers whose schemas are captured: their history database, and their favicon database if they have one.
 struct Family {
     std::string name;
     HistoryLayout layout;
-    std::string history; // the history database's file name
-    std::string icons;   // the favicon database's, or nothing
-    bool wal;
-    std::vector<std::string> older;
+    std::vector<std::string> files;
 };
 
-const std::vector<Family> kFamilies{
-    {"chromium",
-     HistoryLayout::Chrome,
-     "History",
-     "Favicons",
-     false,
-     {"DROP TABLE content_annotations", "DROP TABLE context_annotations", "DROP TABLE clusters",
-      "DROP TABLE clusters_and_visits", "DROP TABLE cluster_keywords", "DROP TABLE cluster_visit_duplicates",
-      "DROP TABLE visited_links", "DROP TABLE visit_source"}},
-    {"firefox",
-     HistoryLayout::Firefox,
-     "places.sqlite",
-     "favicons.sqlite",
-     true,
-     {"DROP TABLE moz_places_metadata", "DROP TABLE moz_places_metadata_search_queries",
-      "DROP TABLE moz_historyvisits_extra", "DROP TABLE moz_places_extra",
-      "DROP TABLE moz_newtab_shortcuts_interaction", "ALTER TABLE moz_places DROP COLUMN recalc_alt_frecency",
-      "ALTER TABLE moz_origins DROP COLUMN recalc_alt_frecency"}},
-    {"safari",
-     HistoryLayout::Safari,
-     "History.db",
-     "",
-     false,
-     {"DROP TABLE history_items_to_tags", "DROP TABLE history_tags"}},
-};
+const std::vector<Family> kFamilies{{"chromium", HistoryLayout::Chrome, {"History", "Favicons"}},
+                                    {"firefox", HistoryLayout::Firefox, {"places.sqlite", "favicons.sqlite"}},
+                                    {"safari", HistoryLayout::Safari, {"History.db"}}};
 
 // A browser version of tests/fixtures: "chromium-156" for "chromium-156-History.sql" and "chromium-156-Favicons.sql",
 // whose rows are in "chromium-History.rows.sql" and "chromium-Favicons.rows.sql".
@@ -152,7 +130,7 @@ struct Browser {
 std::vector<Browser> capturedBrowsers() {
     std::vector<Browser> browsers;
     for (const Family& family : kFamilies) {
-        const std::string suffix = "-" + family.history + ".sql";
+        const std::string suffix = "-" + family.files.front() + ".sql";
         for (const auto& entry : fs::directory_iterator(TIDEWELL_FIXTURES)) {
             const std::string name = entry.path().filename().string();
             if (name.starts_with(family.name + "-") && name.ends_with(suffix)) {
@@ -163,39 +141,55 @@ std::vector<Browser> capturedBrowsers() {
     return browsers;
 }
 
-// Writes one database of the browser as its rows say it is before (or, with `after`, as they say it must be left).
+// Writes one database of the browser as its rows say it is before (or, with `after`, as they say it must be left),
+// or as an older version of the browser made it.
 void build(const std::string& folder, const Browser& browser, const std::string& file, bool older, bool after) {
-    Db out(folder + "/" + file);
-    runScript(out.db, browser.family.wal ? "PRAGMA journal_mode=WAL;" : "");
-    runScript(out.db, readFixture(browser.version + "-" + file + ".sql").before);
-    for (const std::string& statement :
-         older&& file == browser.family.history ? browser.family.older : std::vector<std::string>{}) {
-        runScript(out.db, statement + ";");
-    }
+    const Db out(folder + "/" + file);
     const Fixture rows = readFixture(browser.family.name + "-" + file + ".rows.sql");
+    runScript(out.db, readFixture(browser.version + "-" + file + ".sql").before + (older ? rows.older : ""));
     runScript(out.db, after ? rows.after : rows.before, older);
-}
-
-// The databases of a browser: its history, and its favicons if it keeps them in a database.
-std::vector<std::string> files(const Family& family) {
-    return family.icons.empty() ? std::vector{family.history} : std::vector{family.history, family.icons};
 }
 
 // Removes the rows file's pages from the history database, or their icons from the favicon database.
 std::expected<TraceRemoval, std::string> removeFrom(sqlite3* db, const Browser& browser, const std::string& file,
                                                     const std::vector<std::string>& removedUrls) {
-    return file == browser.family.history
+    return file == browser.family.files.front()
                ? removeVisitedPages(db, browser.family.layout,
                                     readFixture(browser.family.name + "-" + file + ".rows.sql").remove)
                : removePageIcons(db, browser.family.layout, removedUrls);
 }
 
+// The tables a removal's statements read whole, as "table" in the plans of the statements traced. A scan names its
+// table, or the alias it is given: the statements give none, so that none hides here.
+std::vector<std::string> scannedTables(sqlite3* db, const std::vector<std::string>& statements) {
+    std::vector<std::string> scanned;
+    for (const std::string& sql : statements) {
+        runScript(db, sql.starts_with("CREATE TEMP TABLE") ? sql + ";" : ""); // the scratch tables, made again
+    }
+    for (const std::string& sql : statements) {
+        for (const std::string& step : std::regex_search(sql, std::regex("^(INSERT|DELETE|UPDATE)"))
+                                           ? answers(db, "EXPLAIN QUERY PLAN " + sql)
+                                           : std::vector<std::string>{}) {
+            std::smatch m;
+            if (std::regex_search(step, m, std::regex(R"(\|3:SCAN ([^ |]+))")) &&
+                !std::regex_match(m[1].str(), std::regex(R"((temp\.)?tidewell_\w+)"))) {
+                scanned.push_back(m[1].str());
+            }
+        }
+    }
+    return scanned;
+}
+
 // The pages of the rows files go with every row that refers to them, and nothing else changes: each table reads
 // exactly as the rows files say it must, for every captured schema and for older ones that lack tables and
 // columns; no file of the folder holds a removed address or title any more; the counts are each table's loss.
+// And each statement reaches the browser's table through its index on the column that refers, so that a removal
+// costs a look-up per row removed, not a read of the table: the few columns the browsers index nowhere are read
+// once each.
 TEST(HistoryTraces, RemovedPagesLeaveNoRowAnywhereAndEverythingElseStays) {
     const std::vector<Browser> browsers = capturedBrowsers();
     ASSERT_GE(browsers.size(), 3U) << "no captured browser schemas in " << TIDEWELL_FIXTURES;
+    std::multiset<std::string> scanned;
     for (const Browser& browser : browsers) {
         for (const bool older : {false, true}) {
             SCOPED_TRACE(browser.version + (older ? " (older schema)" : ""));
@@ -203,15 +197,24 @@ TEST(HistoryTraces, RemovedPagesLeaveNoRowAnywhereAndEverythingElseStays) {
             testing::TempFolder expected;
             std::vector<std::string> gone;
             std::vector<std::string> removedUrls;
-            for (const std::string& file : files(browser.family)) {
+            for (const std::string& file : browser.family.files) {
                 build(folder.path(), browser, file, older, false);
                 build(expected.path(), browser, file, older, true);
                 const Db db(folder.path() + "/" + file);
                 const auto before = everyRow(db.db);
+                std::vector<std::string> statements;
+                sqlite3_trace_v2(
+                    db.db, SQLITE_TRACE_STMT,
+                    [](unsigned, void* into, void*, void* sql) {
+                        static_cast<std::vector<std::string>*>(into)->emplace_back(static_cast<const char*>(sql));
+                        return 0;
+                    },
+                    &statements);
                 // As the purge runs it: one write transaction with secure deletion, the log cut afterwards.
                 runScript(db.db, "PRAGMA secure_delete=ON;\nPRAGMA temp_store=MEMORY;\nBEGIN IMMEDIATE;");
                 const auto removal = removeFrom(db.db, browser, file, removedUrls);
                 runScript(db.db, "COMMIT;\nPRAGMA wal_checkpoint(TRUNCATE);");
+                sqlite3_trace_v2(db.db, 0, nullptr, nullptr);
                 ASSERT_TRUE(removal) << removal.error();
 
                 const auto after = everyRow(db.db);
@@ -221,12 +224,15 @@ TEST(HistoryTraces, RemovedPagesLeaveNoRowAnywhereAndEverythingElseStays) {
                     EXPECT_EQ(static_cast<std::int64_t>(before.at(table).size() - left.size()), removal->rowsOf(table))
                         << table;
                 }
-                EXPECT_EQ(removal->keptBookmarked, browser.family.name == "firefox" && file == "places.sqlite" ? 1 : 0);
+                EXPECT_EQ(removal->keptBookmarked, file == "places.sqlite" ? 1 : 0); // the bookmarked page
                 EXPECT_EQ(answers(db.db, "PRAGMA integrity_check"), std::vector<std::string>{"3:ok|"});
                 EXPECT_TRUE(answers(db.db, "PRAGMA foreign_key_check").empty());
                 const std::vector<std::string> texts = readFixture(browser.family.name + "-" + file + ".rows.sql").gone;
                 gone.insert(gone.end(), texts.begin(), texts.end());
                 removedUrls = removal->removedUrls;
+                for (const std::string& table : older ? std::vector<std::string>{} : scannedTables(db.db, statements)) {
+                    scanned.insert(browser.version + " " + table);
+                }
             }
             for (const auto& [file, bytes] : testing::treeContents(folder.path())) {
                 for (const std::string& text : gone) {
@@ -235,58 +241,14 @@ TEST(HistoryTraces, RemovedPagesLeaveNoRowAnywhereAndEverythingElseStays) {
             }
         }
     }
-}
-
-// Each statement reaches the browser's table through its index on the column that refers, so a removal costs a
-// look-up per row removed, not a read of the table. The few columns the browsers index nowhere are read once each.
-TEST(HistoryTraces, EveryTableIsReachedThroughItsIndexWhereTheBrowserKeepsOne) {
-    std::multiset<std::string> scanned;
-    for (const Browser& browser : capturedBrowsers()) {
-        testing::TempFolder folder;
-        std::vector<std::string> removedUrls;
-        for (const std::string& file : files(browser.family)) {
-            build(folder.path(), browser, file, false, false);
-            const Db db(folder.path() + "/" + file);
-            std::vector<std::string> statements;
-            sqlite3_trace_v2(
-                db.db, SQLITE_TRACE_STMT,
-                [](unsigned, void* into, void*, void* sql) {
-                    static_cast<std::vector<std::string>*>(into)->emplace_back(static_cast<const char*>(sql));
-                    return 0;
-                },
-                &statements);
-            runScript(db.db, "BEGIN;");
-            const auto removal = removeFrom(db.db, browser, file, removedUrls);
-            ASSERT_TRUE(removal) << removal.error();
-            removedUrls = removal->removedUrls;
-            sqlite3_trace_v2(db.db, 0, nullptr, nullptr);
-            // The scratch tables again, then the plan of every statement that touched the browser's tables. A scan
-            // names its table, or the alias it is given: the statements give none, so that none hides here.
-            for (const std::string& sql : statements) {
-                runScript(db.db, sql.starts_with("CREATE TEMP TABLE") ? sql + ";" : "");
-            }
-            for (const std::string& sql : statements) {
-                if (!std::regex_search(sql, std::regex("^(INSERT|DELETE|UPDATE)"))) {
-                    continue;
-                }
-                for (const std::string& step : answers(db.db, "EXPLAIN QUERY PLAN " + sql)) {
-                    std::smatch m;
-                    if (std::regex_search(step, m, std::regex(R"(\|3:SCAN ([^ |]+))")) &&
-                        !std::regex_match(m[1].str(), std::regex(R"((temp\.)?tidewell_\w+)"))) {
-                        scanned.insert(browser.version + " " + m[1].str());
-                    }
-                }
-            }
-            runScript(db.db, "ROLLBACK;");
-        }
-    }
     EXPECT_EQ(scanned, (std::multiset<std::string>{"chromium-156 cluster_visit_duplicates",
                                                    "firefox-153 moz_historyvisits", "firefox-153 moz_places_metadata",
                                                    "firefox-153 moz_pages_w_icons", "firefox-153 moz_icons_to_pages"}));
 }
 
 // Only a missing table or column is passed over. Any other failure is the caller's to roll back, which leaves the
-// database and the connection as they were; and a removal outside a transaction is refused before it starts.
+// database as it was and the connection without the removal's scratch tables; and a removal outside a transaction
+// is refused before it starts.
 TEST(HistoryTraces, AFailureIsReportedAndTheCallersRollbackLeavesTheDatabaseAsItWas) {
     testing::TempFolder folder;
     build(folder.path(), capturedBrowsers().front(), "History", false, false);
@@ -307,15 +269,6 @@ TEST(HistoryTraces, AFailureIsReportedAndTheCallersRollbackLeavesTheDatabaseAsIt
     runScript(db.db, "ROLLBACK;\nDROP TRIGGER refuse;");
     EXPECT_EQ(everyRow(db.db), before);
     EXPECT_TRUE(answers(db.db, "SELECT name FROM temp.sqlite_master").empty());
-
-    // The same connection then removes them.
-    runScript(db.db, "BEGIN;");
-    const auto removed = removeVisitedPages(db.db, HistoryLayout::Chrome, ids);
-    runScript(db.db, "COMMIT;");
-    ASSERT_TRUE(removed) << removed.error();
-    EXPECT_EQ(removed->rowsOf("urls"), 2);
-    EXPECT_EQ(removed->removedUrls,
-              (std::vector<std::string>{"https://clips.example/porn/clip1", "https://xhamster.example/best"}));
 }
 
 } // namespace

@@ -1,9 +1,9 @@
-// tidewell-history-traces chrome|firefox|safari HISTORY ICONS WORD...
+// tidewell-history-traces chrome|firefox|safari HISTORY ICONS ID...
 //
-// Removes from a browser's history database the pages whose address holds any of the words, with every row that
-// refers to them, then their icons from the favicon database ("" for none), each in one transaction as the purge
-// makes it, and prints the rows each database lost. For the check that runs the real browsers on a profile purged
-// so, until the purge itself calls the removal.
+// Removes from a browser's history database the URL rows with these ids, with every row that refers to them, then
+// their icons from the favicon database ("" for none), each in one transaction as the purge makes it, and prints
+// the rows each database lost. For the check that runs the real browsers on a profile purged so, until the purge
+// itself calls the removal.
 
 #include <fmt/format.h>
 #include <sqlite3.h>
@@ -46,36 +46,22 @@ template <typename Remove> bool purge(const std::string& path, Remove remove, Tr
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 5) {
-        std::fprintf(stderr, "usage: tidewell-history-traces chrome|firefox|safari HISTORY ICONS WORD...\n");
+    if (argc < 4) {
+        std::fprintf(stderr, "usage: tidewell-history-traces chrome|firefox|safari HISTORY ICONS ID...\n");
         return 2;
     }
     const std::string kind = argv[1];
     const auto layout = kind == "firefox"  ? HistoryLayout::Firefox
                         : kind == "safari" ? HistoryLayout::Safari
                                            : HistoryLayout::Chrome;
-    const char* table = kind == "firefox" ? "moz_places" : kind == "safari" ? "history_items" : "urls";
-    const std::vector<std::string> words(argv + 4, argv + argc);
+    std::vector<std::int64_t> ids;
+    for (int i = 4; i < argc; ++i) {
+        ids.push_back(std::stoll(argv[i]));
+    }
     TraceRemoval pages;
     TraceRemoval icons;
     const bool purged = purge(
-        argv[2],
-        [&](sqlite3* db) {
-            std::vector<std::int64_t> ids;
-            sqlite3_stmt* find = nullptr;
-            sqlite3_prepare_v2(db, fmt::format("SELECT id FROM {} WHERE instr(url, ?1)", table).c_str(), -1, &find,
-                               nullptr);
-            for (const std::string& word : words) {
-                sqlite3_bind_text(find, 1, word.c_str(), -1, SQLITE_TRANSIENT);
-                while (sqlite3_step(find) == SQLITE_ROW) {
-                    ids.push_back(sqlite3_column_int64(find, 0));
-                }
-                sqlite3_reset(find);
-            }
-            sqlite3_finalize(find);
-            return removeVisitedPages(db, layout, ids);
-        },
-        pages);
+        argv[2], [&](sqlite3* db) { return removeVisitedPages(db, layout, ids); }, pages);
     return purged && (std::string(argv[3]).empty() ||
                       purge(
                           argv[3], [&](sqlite3* db) { return removePageIcons(db, layout, pages.removedUrls); }, icons))
