@@ -72,8 +72,9 @@ const Layout kChromeHistory{
          "clusters.cluster_id clusters_and_visits.cluster_id", Tally::RemovedRows, "clusters"},
         {"DELETE FROM visits WHERE id IN (SELECT id FROM temp.tidewell_visits)", "visits.id", Tally::RemovedRows,
          "visits"},
-        // As the browser does when it removes a visit: what came from it now comes from nowhere. The opener and the
-        // synced originator columns may keep a removed visit's number, which the browser never gives out again.
+        // A kept visit that came from a removed one now comes from nowhere (0), rather than from the removed visit's
+        // own source as the browser would link it: nothing kept leads back towards the removed page. The opener and
+        // the synced originator columns may keep a removed visit's number, which the browser never gives out again.
         {"UPDATE visits SET from_visit = 0 WHERE from_visit IN (SELECT id FROM temp.tidewell_visits)",
          "visits.from_visit"},
         {"DELETE FROM keyword_search_terms WHERE url_id IN (SELECT id FROM temp.tidewell_matched)",
