@@ -12,7 +12,7 @@ FUZZ_SECONDS ?= 300
 KILLS        ?= 60
 RACE_SECONDS ?= 30
 
-.PHONY: all deps configure build run test fuzz-build sanitize fuzz stress bench screenshots package clean
+.PHONY: all deps configure build run test browser-test fuzz-build sanitize fuzz stress bench screenshots package clean
 
 all: build
 
@@ -43,6 +43,12 @@ run: build
 test: build fuzz-build
 	@ctest --preset $(PRESET)
 	@ctest --preset fuzz
+
+# The real browsers, Debian's chromium and firefox-esr, installed when missing: each makes a profile headless, the
+# history removal purges it, and the browser must take it back as its own (about 10 s here, outside `make test`).
+browser-test: build
+	@scripts/deps.sh browsers
+	@ctest --preset browsers
 
 fuzz-build: deps
 	@cmake --preset fuzz -DTIDEWELL_WERROR=$(WERROR) >/dev/null

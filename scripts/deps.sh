@@ -2,6 +2,8 @@
 # Installs the Debian packages Tidewell builds with, when any is missing: one `apt-get update`, then one
 # `apt-get install -y` of just the missing ones. Does nothing when all are there. `deps.sh package` also installs
 # what `make package` needs beyond a build: the tools that make the package, its manual pages, and check it.
+# `deps.sh browsers` installs the real browsers that `make browser-test` and scripts/capture-browser-schemas.sh run,
+# and what drives them.
 set -euo pipefail
 
 packages=(
@@ -13,6 +15,9 @@ packages=(
 )
 if [ "${1:-}" = package ]; then
     packages+=(dpkg-dev file help2man lintian appstream desktop-file-utils)
+fi
+if [ "${1:-}" = browsers ]; then
+    packages+=(chromium firefox-esr python3 sqlite3)
 fi
 
 missing=()
