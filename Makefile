@@ -71,6 +71,7 @@ bench: deps
 	@cmake --build build/release
 	build/release/bench/tidewell-bench-scan --cli build/release/src/tidewell-cli --disk build/bench-disk
 	build/release/bench/tidewell-bench-purge
+	build/release/bench/tidewell-bench-limits
 
 # The windows rendered offscreen to build/screenshots/*.png, to look at without a display.
 screenshots: build

@@ -18,18 +18,19 @@ CommandRunner addPurgeCommand(CLI::App& app) {
     return [command, wordsFile](CommandContext& context) {
         AdultWords words;
         if (command->count("--words") > 0) {
-            std::optional<std::vector<std::string>> read = readWordsFile(*wordsFile);
+            std::expected<std::vector<std::string>, std::string> read = readWordsFile(*wordsFile);
             if (!read) {
-                return reportUsageError(context.io, "cannot read a word list from '" + *wordsFile + "'");
+                // A list past its limits is refused whole: nothing is purged with part of it.
+                return reportUsageError(context.io, "'" + *wordsFile + "': " + read.error());
             }
             words = makeAdultWords(std::move(*read));
         }
         std::unique_ptr<RunningApplications> system;
         const RunningApplications& running = runningApplications(context.io, system);
         CleaningEngine engine(CleanMode::RealTime, DeletionBoundary(context.disk.homePath()));
+        engine.setLeftReporter([&context](const LeftAsItWas& left) { reportLeft(context.io, left); });
         addAdultContents(context.disk, running, engine, [&] { return words ? words : loadAdultWords(); });
-        engine.joinAll();
-        return static_cast<int>(kExitOk);
+        return static_cast<int>(engine.joinAll().leftAnything() ? kExitLeft : kExitOk);
     };
 }
 
