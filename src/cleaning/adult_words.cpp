@@ -1,6 +1,5 @@
 #include "cleaning/adult_words.hpp"
 
-#include <fmt/format.h>
 #include <plist/plist.h>
 #include <sys/stat.h>
 
@@ -22,12 +21,13 @@ struct PlistDeleter {
 };
 using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 
+// (No formatting library here: the fuzzers build this file on their own.)
 std::string tooManyWords() {
-    return fmt::format("the word list holds more than {} words", kMaxWords);
+    return "the word list holds more than " + std::to_string(kMaxWords) + " words";
 }
 
 std::string nestedTooDeep() {
-    return fmt::format("the word list nests deeper than {} levels", kMaxWordListNesting);
+    return "the word list nests deeper than " + std::to_string(kMaxWordListNesting) + " levels";
 }
 
 bool looksLikePlist(std::string_view contents) {
@@ -244,7 +244,7 @@ std::expected<std::vector<std::string>, std::string> readLines(std::string_view 
 }
 
 std::string tooLarge() {
-    return fmt::format("the word list is larger than {} bytes (10 MB)", kMaxWordListBytes);
+    return "the word list is larger than " + std::to_string(kMaxWordListBytes) + " bytes (10 MB)";
 }
 
 } // namespace
@@ -310,7 +310,7 @@ std::expected<std::vector<std::string>, std::string> readWordsFile(const std::st
             static_cast<std::uint64_t>(st.st_size) > kMaxWordListBytes) {
             return std::unexpected(tooLarge());
         }
-        return std::unexpected(fmt::format("cannot read the word list: {}", std::strerror(error != 0 ? error : EIO)));
+        return std::unexpected(std::string("cannot read the word list: ") + std::strerror(error != 0 ? error : EIO));
     }
     return readWordsText(*contents);
 }

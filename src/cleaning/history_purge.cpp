@@ -187,21 +187,6 @@ std::expected<Purged, DatabaseFailure> purgeDatabase(HeldDatabase database, cons
     return purgeOpenDatabase(database, history, words->matcher());
 }
 
-LeftReason leftReasonFor(Reach reach) {
-    switch (reach) {
-    case Reach::Outside:
-        return LeftReason::OutsideBoundary;
-    case Reach::ThroughLink:
-        return LeftReason::BehindLink;
-    case Reach::OtherMount:
-        return LeftReason::OtherMount;
-    case Reach::Missing:
-    case Reach::Unreadable:
-        break;
-    }
-    return LeftReason::CannotOpen;
-}
-
 CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path, const PurgeContext& context) {
     CleanOutcome outcome;
     const std::optional<std::vector<std::string>> components = context.boundary.componentsInside(path.path);
@@ -214,7 +199,7 @@ CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path
     if (!folder) {
         // A browser that never ran has no folder: there is nothing to purge, and nothing to say.
         if (folder.error() != Reach::Missing) {
-            outcome.left.push_back({path.path, leftReasonFor(folder.error()), {}});
+            outcome.left.push_back({path.path, leftReasonFor(folder.error(), LeftReason::CannotOpen), {}});
         }
         return outcome;
     }

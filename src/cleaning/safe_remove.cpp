@@ -197,9 +197,7 @@ private:
 
 } // namespace
 
-namespace {
-
-LeftReason leftReasonFor(Reach reach) {
+LeftReason leftReasonFor(Reach reach, LeftReason otherwise) {
     switch (reach) {
     case Reach::Outside:
         return LeftReason::OutsideBoundary;
@@ -211,10 +209,8 @@ LeftReason leftReasonFor(Reach reach) {
     case Reach::Unreadable:
         break;
     }
-    return LeftReason::NotRemovable;
+    return otherwise;
 }
-
-} // namespace
 
 DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk) {
     return DeletionBoundary(grant.path, FolderIdentity{grant.device, grant.inode}, disk.homePath());
@@ -239,7 +235,7 @@ std::expected<Removed, LeftReason> removeItem(const DeletionBoundary& boundary, 
         if (parent.error() == Reach::Missing) {
             return Removed::AlreadyGone;
         }
-        return std::unexpected(leftReasonFor(parent.error()));
+        return std::unexpected(leftReasonFor(parent.error(), LeftReason::NotRemovable));
     }
     const std::string& last = components->back();
     struct stat st {};

@@ -22,6 +22,10 @@ using DeletionBoundary = HeldFolder;
 /// granted, with the home as the catalogue writes it reached through its real place inside that folder.
 [[nodiscard]] DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk);
 
+/// Why a location that could not be reached below the boundary is left as it was; `otherwise` for a folder on the
+/// way that is missing or cannot be opened.
+[[nodiscard]] LeftReason leftReasonFor(Reach reach, LeftReason otherwise);
+
 /// A removal that ended well: the location went, or there was nothing there to remove.
 enum class Removed { Removed, AlreadyGone };
 

@@ -75,15 +75,21 @@ TEST_F(HistoryPurge, EachRoutineEmptiesOnlyItsOwnTableOfMatchingUrlsAndLogsItsTe
     }
 }
 
-// A row is named by its 64-bit id: an adult row whose id is 2^32 + 3 goes, and row 3 stays.
-TEST_F(HistoryPurge, RowsAreNamedByTheirSixtyFourBitIds) {
-    const std::string path = d.at("History");
-    testing::writeHistoryDatabase(path, Browser::Chrome,
+// A row is named by its 64-bit id: an adult row whose id is 2^32 + 3 goes, and row 3 stays. (The database lies
+// more than 750 bytes deep, further than SQLite takes a path: it is reached through its held folder.)
+TEST_F(HistoryPurge, RowsAreNamedByTheirSixtyFourBitIdsEvenDeepBelowTheHome) {
+    const std::string deep = std::string(250, 'a') + "/" + std::string(250, 'b') + "/" + std::string(250, 'c');
+    const std::string path = d.at(deep + "/History");
+    const std::string near = d.at("History"); // where this test's own SQLite can reach it
+    testing::writeHistoryDatabase(near, Browser::Chrome,
                                   {"https://news.example/", "https://shop.example/", "https://mail.example/"});
-    sql(path, "INSERT INTO urls (id, url, last_visit_time) VALUES (4294967299, 'https://porn.example/', 0);"
+    sql(near, "INSERT INTO urls (id, url, last_visit_time) VALUES (4294967299, 'https://porn.example/', 0);"
               "INSERT INTO urls (id, url, last_visit_time) VALUES (9223372036854775807, 'https://xxx.example/', 0)");
+    d.folder(deep);
+    fs::rename(near, path);
     const CleanOutcome outcome = purge(deleteChromeAdultHistory, path, {"porn", "xxx"});
-    const std::vector<std::string> rows = testing::tableDump(path, "urls");
+    fs::rename(path, near);
+    const std::vector<std::string> rows = testing::tableDump(near, "urls");
     ASSERT_EQ(rows.size(), 3U);
     EXPECT_NE(rows[2].find("mail.example"), std::string::npos);
     EXPECT_EQ(outcome.purged, (std::vector<PurgedDatabase>{{path, 2}}));
