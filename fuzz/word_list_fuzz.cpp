@@ -35,8 +35,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         input = large;
     }
     static_cast<void>(readWordListPlist(input));
-    const std::expected<std::vector<std::string>, std::string> words = readWordsText(input);
+    const std::optional<std::vector<std::string>> words = readWordsText(input);
     if (!words) {
+        fuzz::require(!whyWordsRefused(input).empty(), "a refusal gives its reason");
         return 0;
     }
     fuzz::require(input.size() <= kMaxWordListBytes && words->size() <= kMaxWords, "a list past its limits is refused");

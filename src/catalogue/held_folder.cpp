@@ -145,21 +145,25 @@ bool HeldFolder::onHeldMount(int fd) const {
     return !m_mountId || mountIdOf(fd) == m_mountId;
 }
 
-std::expected<UniqueFd, Reach> HeldFolder::openFolder(std::span<const std::string> components, Mounts mounts) const {
+UniqueFd HeldFolder::openFolder(std::span<const std::string> components, Reach& failure, Mounts mounts) const {
     if (!valid()) {
-        return std::unexpected(Reach::Outside);
+        failure = Reach::Outside;
+        return {};
     }
     UniqueFd folder(::fcntl(m_fd->get(), F_DUPFD_CLOEXEC, 0));
     if (!folder.valid()) {
-        return std::unexpected(Reach::Unreadable);
+        failure = Reach::Unreadable;
+        return {};
     }
     for (const std::string& component : components) {
         UniqueFd next(::openat(folder.get(), component.c_str(), kFolderFlags));
         if (!next.valid()) {
-            return std::unexpected(reachFailure(folder.get(), component, errno));
+            failure = reachFailure(folder.get(), component, errno);
+            return {};
         }
         if (mounts == Mounts::HeldOnly && !onHeldMount(next.get())) {
-            return std::unexpected(Reach::OtherMount);
+            failure = Reach::OtherMount;
+            return {};
         }
         folder = std::move(next);
     }

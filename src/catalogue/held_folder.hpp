@@ -3,7 +3,6 @@
 #include <sys/types.h>
 
 #include <cstdint>
-#include <expected>
 #include <memory>
 #include <optional>
 #include <span>
@@ -74,10 +73,11 @@ public:
 
     /// Opens the folder that the components name below the held folder (the held folder itself for none), one
     /// component at a time without following a link. A removal stays on the held folder's mount; a measurement
-    /// may pass other mounts on the way, as `du` does.
+    /// may pass other mounts on the way, as `du` does. When it cannot, the descriptor is not valid and `failure`
+    /// says why.
     enum class Mounts { HeldOnly, Any };
-    [[nodiscard]] std::expected<UniqueFd, Reach> openFolder(std::span<const std::string> components,
-                                                            Mounts mounts = Mounts::HeldOnly) const;
+    [[nodiscard]] UniqueFd openFolder(std::span<const std::string> components, Reach& failure,
+                                      Mounts mounts = Mounts::HeldOnly) const;
 
     /// Whether the folder open at fd lies on the held folder's own file system and mount. A folder of the same
     /// file system mounted a second time (a bind mount of a folder from elsewhere) has the same device but a mount

@@ -328,12 +328,13 @@ std::optional<std::pair<UniqueFd, std::string>> SizeCounter::parentOf(const std:
     if (!components) {
         return std::nullopt;
     }
-    std::expected<UniqueFd, Reach> parent =
-        m_within.openFolder(std::span(*components).first(components->size() - 1), HeldFolder::Mounts::Any);
-    if (!parent) {
+    Reach failure = Reach::Missing;
+    UniqueFd parent =
+        m_within.openFolder(std::span(*components).first(components->size() - 1), failure, HeldFolder::Mounts::Any);
+    if (!parent.valid()) {
         return std::nullopt;
     }
-    return std::pair{std::move(*parent), std::move(components->back())};
+    return std::pair{std::move(parent), std::move(components->back())};
 }
 
 TreeSum SizeCounter::walkBelow(int parentFd, const std::string& name, const struct stat& st) {

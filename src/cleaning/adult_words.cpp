@@ -1,9 +1,8 @@
 #include "cleaning/adult_words.hpp"
 
 #include <plist/plist.h>
-#include <sys/stat.h>
 
-#include <cerrno>
+#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <optional>
@@ -220,7 +219,7 @@ private:
     std::vector<State> m_state;
 };
 
-std::expected<std::vector<std::string>, std::string> readLines(std::string_view contents) {
+std::vector<std::string> readLines(std::string_view contents) {
     std::vector<std::string> words;
     std::size_t start = 0;
     while (start < contents.size()) {
@@ -233,9 +232,6 @@ std::expected<std::vector<std::string>, std::string> readLines(std::string_view 
             line.remove_suffix(1);
         }
         if (!line.empty()) {
-            if (words.size() == kMaxWords) {
-                return std::unexpected(tooManyWords());
-            }
             words.emplace_back(line);
         }
         start = end + 1;
@@ -249,28 +245,35 @@ std::string tooLarge() {
 
 } // namespace
 
-std::expected<std::vector<std::string>, std::string> readWordListPlist(std::string_view contents) {
-    if (contents.size() > kMaxWordListBytes) {
-        return std::unexpected(tooLarge());
+std::optional<std::string> wordListSizePastLimit(std::uint64_t bytes) {
+    return bytes > kMaxWordListBytes ? std::optional(tooLarge()) : std::nullopt;
+}
+
+std::optional<std::string> wordListPastLimits(std::string_view contents) {
+    if (std::optional<std::string> refused = wordListSizePastLimit(contents.size())) {
+        return refused;
     }
-    std::optional<std::string> refused =
-        contents.starts_with("bplist") ? BinaryPlistShape(contents).pastLimits() : xmlPastLimits(contents);
-    if (refused) {
-        return std::unexpected(std::move(*refused));
+    if (contents.starts_with("bplist")) {
+        return BinaryPlistShape(contents).pastLimits();
+    }
+    if (looksLikePlist(contents)) {
+        return xmlPastLimits(contents);
+    }
+    return readLines(contents).size() > kMaxWords ? std::optional(tooManyWords()) : std::nullopt;
+}
+
+std::optional<std::vector<std::string>> readWordListPlist(std::string_view contents) {
+    if (contents.empty() || wordListPastLimits(contents)) {
+        return std::nullopt;
     }
     plist_t parsed = nullptr;
-    if (!contents.empty()) {
-        plist_from_memory(contents.data(), static_cast<std::uint32_t>(contents.size()), &parsed);
-    }
+    plist_from_memory(contents.data(), static_cast<std::uint32_t>(contents.size()), &parsed);
     const PlistPtr root(parsed);
     if (!root || plist_get_node_type(root.get()) != PLIST_ARRAY) {
-        return std::unexpected("the word list is not a property list whose root is an array");
+        return std::nullopt;
     }
     std::vector<std::string> words;
     const std::uint32_t count = plist_array_get_size(root.get());
-    if (count > kMaxWords) {
-        return std::unexpected(tooManyWords());
-    }
     words.reserve(count);
     for (std::uint32_t i = 0; i < count; ++i) {
         plist_t item = plist_array_get_item(root.get(), i);
@@ -288,31 +291,22 @@ std::expected<std::vector<std::string>, std::string> readWordListPlist(std::stri
     return words;
 }
 
-std::expected<std::vector<std::string>, std::string> readWordsText(std::string_view contents) {
-    if (contents.size() > kMaxWordListBytes) {
-        return std::unexpected(tooLarge());
-    }
+std::optional<std::vector<std::string>> readWordsText(std::string_view contents) {
     if (looksLikePlist(contents)) {
         return readWordListPlist(contents);
     }
-    return readLines(contents);
+    if (contents.size() > kMaxWordListBytes) {
+        return std::nullopt;
+    }
+    std::vector<std::string> words = readLines(contents);
+    if (words.size() > kMaxWords) {
+        return std::nullopt;
+    }
+    return words;
 }
 
-std::expected<std::vector<std::string>, std::string> readWordsFile(const std::string& path) {
-    if (path.find('\0') != std::string::npos) {
-        return std::unexpected("cannot read the word list: the name holds a NUL byte");
-    }
-    const std::optional<std::string> contents = readWholeFile(path, kMaxWordListBytes);
-    if (!contents) {
-        struct stat st {};
-        const int error = errno;
-        if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode) &&
-            static_cast<std::uint64_t>(st.st_size) > kMaxWordListBytes) {
-            return std::unexpected(tooLarge());
-        }
-        return std::unexpected(std::string("cannot read the word list: ") + std::strerror(error != 0 ? error : EIO));
-    }
-    return readWordsText(*contents);
+std::string whyWordsRefused(std::string_view contents) {
+    return wordListPastLimits(contents).value_or("the word list is not a property list whose root is an array");
 }
 
 AdultWords makeAdultWords(std::vector<std::string> words) {

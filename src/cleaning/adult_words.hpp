@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstddef>
-#include <expected>
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,20 +41,26 @@ inline constexpr std::size_t kMaxWordListBytes = 10'000'000;
 inline constexpr std::size_t kMaxWords = 100'000;
 inline constexpr std::size_t kMaxWordListNesting = 32;
 
+/// Why a word list is refused whole before anything else reads it: it is past one of the limits above (nesting
+/// counted from the XML's tags or the binary list's references, a reference cycle counting as too deep, and a
+/// shared object once per reference). Nothing when it is within them.
+[[nodiscard]] std::optional<std::string> wordListPastLimits(std::string_view contents);
+/// The same for the size alone, of a list not read yet.
+[[nodiscard]] std::optional<std::string> wordListSizePastLimit(std::uint64_t bytes);
+
 /// The strings of a property list (XML or binary) whose root is an array, in order; entries that are not strings
-/// are passed over, and a string holding a NUL byte counts up to it. Refused, with the reason, when the data is
-/// not a property list or its root is not an array, or when it is past a limit above (checked before libplist
-/// reads it: nesting by the XML's tags or the binary list's references, a reference cycle counting as too deep).
-[[nodiscard]] std::expected<std::vector<std::string>, std::string> readWordListPlist(std::string_view contents);
+/// are passed over, and a string holding a NUL byte counts up to it. Nothing when the data is past the limits,
+/// is not a property list, or its root is not an array.
+[[nodiscard]] std::optional<std::vector<std::string>> readWordListPlist(std::string_view contents);
 
 /// The words of a word list given by hand: a property list when it starts like one ("bplist", or "<?xml",
 /// "<!DOCTYPE" or "<plist" after white space), read as readWordListPlist does; otherwise text with one word per
 /// line, where a line ends at "\n" or "\r\n" and empty lines are passed over (an empty word would match every
-/// visit). Refused, with the reason, when it is a property list that is not an array, or past a limit above.
-[[nodiscard]] std::expected<std::vector<std::string>, std::string> readWordsText(std::string_view contents);
+/// visit). Nothing when it is past the limits, or a property list that is not an array.
+[[nodiscard]] std::optional<std::vector<std::string>> readWordsText(std::string_view contents);
 
-/// readWordsText of a file; refused also when the file cannot be read.
-[[nodiscard]] std::expected<std::vector<std::string>, std::string> readWordsFile(const std::string& path);
+/// Why readWordsText gives nothing for a text: the limit it is past, or that it is not an array of words.
+[[nodiscard]] std::string whyWordsRefused(std::string_view contents);
 
 /// The shipped word list, found next to the running program or in its installed data folder. A missing,
 /// unreadable or refused list gives no words: nothing matches, and the purge routines still run and log.

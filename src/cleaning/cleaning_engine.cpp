@@ -26,6 +26,10 @@ PurgeRoutine routineFor(std::string_view nameText) {
 
 } // namespace
 
+DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk) {
+    return DeletionBoundary(grant.path, FolderIdentity{grant.device, grant.inode}, disk.homePath());
+}
+
 CleaningEngine::CleaningEngine(CleanMode mode, DeletionBoundary boundary, AdultWords words)
     : m_mode(mode), m_boundary(std::move(boundary)), m_words(std::move(words)) {}
 
@@ -62,10 +66,10 @@ void CleaningEngine::cleanSelected(const RecordList& sections) {
             if (const UrlList* locations = item->urls("AllList")) {
                 CleanOutcome outcome;
                 for (const FileUrl& location : *locations) {
-                    const std::expected<Removed, LeftReason> removed = removeItem(m_boundary, location);
-                    if (!removed) {
-                        outcome.left.push_back({location.path, removed.error(), {}});
-                    } else if (*removed == Removed::Removed) {
+                    const Removal removal = removeItem(m_boundary, location);
+                    if (removal.left) {
+                        outcome.left.push_back({location.path, *removal.left, {}});
+                    } else if (removal.removed) {
                         outcome.removed.push_back(location.path);
                     }
                 }

@@ -7,13 +7,19 @@
 #include <thread>
 #include <vector>
 
+#include "catalogue/disk_root.hpp"
 #include "catalogue/records.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/clean_outcome.hpp"
 #include "cleaning/history_purge.hpp"
 #include "cleaning/safe_remove.hpp"
+#include "platform/folder_grant.hpp"
 
 namespace tidewell {
+
+/// The boundary of the window face: the folder a started grant names, held only while it is still the very folder
+/// granted, with the home as the catalogue writes it reached through its real place inside that folder.
+[[nodiscard]] DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk);
 
 /// The deletion step of the cleaning: `cleanSelected` of the window (Interactive) and `cleanSelected:` of the
 /// hourly purge (RealTime), one engine whose mode carries their differences.

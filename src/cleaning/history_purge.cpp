@@ -194,16 +194,16 @@ CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path
         outcome.left.push_back({path.path, LeftReason::OutsideBoundary, {}});
         return outcome;
     }
-    const std::expected<UniqueFd, Reach> folder =
-        context.boundary.openFolder(std::span(*components).first(components->size() - 1));
-    if (!folder) {
+    Reach failure = Reach::Missing;
+    const UniqueFd folder = context.boundary.openFolder(std::span(*components).first(components->size() - 1), failure);
+    if (!folder.valid()) {
         // A browser that never ran has no folder: there is nothing to purge, and nothing to say.
-        if (folder.error() != Reach::Missing) {
-            outcome.left.push_back({path.path, leftReasonFor(folder.error(), LeftReason::CannotOpen), {}});
+        if (failure != Reach::Missing) {
+            outcome.left.push_back({path.path, leftReasonFor(failure, LeftReason::CannotOpen), {}});
         }
         return outcome;
     }
-    std::expected<HeldDatabase, DatabaseFailure> opened = HeldDatabase::open(folder->get(), components->back());
+    std::expected<HeldDatabase, DatabaseFailure> opened = HeldDatabase::open(folder.get(), components->back());
     // A database missing from an existing folder counts as empty: the purge has nothing to do.
     bool done = !opened && opened.error().missing;
     if (!opened && !done) {
@@ -226,10 +226,10 @@ CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path
         const std::string profile = folderOf(path.path);
         for (const char* name : {"Current Session", "Current Tabs"}) {
             const std::string file = joinPath(profile, name);
-            const std::expected<Removed, LeftReason> removed = removeItem(context.boundary, file);
-            if (!removed) {
-                outcome.left.push_back({file, removed.error(), {}});
-            } else if (*removed == Removed::Removed) {
+            const Removal removal = removeItem(context.boundary, file);
+            if (removal.left) {
+                outcome.left.push_back({file, *removal.left, {}});
+            } else if (removal.removed) {
                 outcome.removed.push_back(file);
             }
         }

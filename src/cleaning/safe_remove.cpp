@@ -212,56 +212,44 @@ LeftReason leftReasonFor(Reach reach, LeftReason otherwise) {
     return otherwise;
 }
 
-DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk) {
-    return DeletionBoundary(grant.path, FolderIdentity{grant.device, grant.inode}, disk.homePath());
-}
-
-std::expected<Removed, LeftReason> removeItem(const DeletionBoundary& boundary, const FileUrl& location) {
+Removal removeItem(const DeletionBoundary& boundary, const FileUrl& location) {
+    const auto leave = [](LeftReason reason) { return Removal{false, reason}; };
     const std::optional<std::vector<std::string>> components = boundary.componentsInside(location.path);
     if (!components) {
-        return std::unexpected(LeftReason::OutsideBoundary);
+        return leave(LeftReason::OutsideBoundary);
     }
     if (!location.within.empty()) {
         // An extension's location goes only from inside its own extensions folder, never the folder itself.
         const std::optional<std::vector<std::string>> folder = boundary.componentsInside(location.within);
         if (!folder || components->size() <= folder->size() ||
             !std::equal(folder->begin(), folder->end(), components->begin())) {
-            return std::unexpected(LeftReason::OutsideOwnFolder);
+            return leave(LeftReason::OutsideOwnFolder);
         }
     }
-    const std::expected<UniqueFd, Reach> parent =
-        boundary.openFolder(std::span(*components).first(components->size() - 1));
-    if (!parent) {
-        if (parent.error() == Reach::Missing) {
-            return Removed::AlreadyGone;
-        }
-        return std::unexpected(leftReasonFor(parent.error(), LeftReason::NotRemovable));
+    Reach failure = Reach::Missing;
+    const UniqueFd parent = boundary.openFolder(std::span(*components).first(components->size() - 1), failure);
+    if (!parent.valid()) {
+        return failure == Reach::Missing ? Removal{} : leave(leftReasonFor(failure, LeftReason::NotRemovable));
     }
     const std::string& last = components->back();
     struct stat st {};
-    if (::fstatat(parent->get(), last.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-        if (errno == ENOENT) {
-            return Removed::AlreadyGone;
-        }
-        return std::unexpected(LeftReason::NotRemovable);
+    if (::fstatat(parent.get(), last.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno == ENOENT ? Removal{} : leave(LeftReason::NotRemovable);
     }
     if (!S_ISDIR(st.st_mode)) {
-        if (::unlinkat(parent->get(), last.c_str(), 0) == 0 || errno == ENOENT) {
-            return Removed::Removed;
+        if (::unlinkat(parent.get(), last.c_str(), 0) == 0 || errno == ENOENT) {
+            return Removal{true, std::nullopt};
         }
-        return std::unexpected(LeftReason::NotRemovable);
+        return leave(LeftReason::NotRemovable);
     }
     if (st.st_dev != boundary.device()) {
-        return std::unexpected(LeftReason::OtherMount);
+        return leave(LeftReason::OtherMount);
     }
-    TreeRemover remover(parent->get(), boundary);
-    if (!remover.remove(last, st)) {
-        return std::unexpected(LeftReason::NotRemovable);
-    }
-    return Removed::Removed;
+    TreeRemover remover(parent.get(), boundary);
+    return remover.remove(last, st) ? Removal{true, std::nullopt} : leave(LeftReason::NotRemovable);
 }
 
-std::expected<Removed, LeftReason> removeItem(const DeletionBoundary& boundary, std::string_view target) {
+Removal removeItem(const DeletionBoundary& boundary, std::string_view target) {
     return removeItem(boundary, FileUrl{std::string(target)});
 }
 

@@ -1,15 +1,13 @@
 #pragma once
 
-#include <expected>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "catalogue/disk_root.hpp"
 #include "catalogue/file_url.hpp"
 #include "catalogue/held_folder.hpp"
 #include "cleaning/clean_outcome.hpp"
-#include "platform/folder_grant.hpp"
 
 namespace tidewell {
 
@@ -18,16 +16,18 @@ namespace tidewell {
 /// it, never through a link, never on another mount, and the folder itself is never removed.
 using DeletionBoundary = HeldFolder;
 
-/// The boundary of the window face: the folder a started grant names, held only while it is still the very folder
-/// granted, with the home as the catalogue writes it reached through its real place inside that folder.
-[[nodiscard]] DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk);
-
 /// Why a location that could not be reached below the boundary is left as it was; `otherwise` for a folder on the
 /// way that is missing or cannot be opened.
 [[nodiscard]] LeftReason leftReasonFor(Reach reach, LeftReason otherwise);
 
-/// A removal that ended well: the location went, or there was nothing there to remove.
-enum class Removed { Removed, AlreadyGone };
+/// What removing one location came to: it went, by this call; or it is left as it was, and why; or neither, as
+/// there was nothing there to remove.
+struct Removal {
+    bool removed = false;
+    std::optional<LeftReason> left;
+
+    friend bool operator==(const Removal&, const Removal&) = default;
+};
 
 /// Removes one location permanently, as `removeItemAtURL:` is asked to, but only inside the boundary:
 /// - a target outside the granted folder, the folder itself or an ancestor of it is left alone (OutsideBoundary),
@@ -39,9 +39,9 @@ enum class Removed { Removed, AlreadyGone };
 /// - a folder is emptied depth first and removed, iteratively, with a bounded number of open descriptors; an
 ///   entry that cannot be removed is passed over and the rest still goes, and the whole is NotRemovable.
 /// Paths of any length work: nothing longer than one component is ever handed to the system.
-[[nodiscard]] std::expected<Removed, LeftReason> removeItem(const DeletionBoundary& boundary, const FileUrl& location);
+[[nodiscard]] Removal removeItem(const DeletionBoundary& boundary, const FileUrl& location);
 /// The same for a location given as its path, bounded by the granted folder alone.
-[[nodiscard]] std::expected<Removed, LeftReason> removeItem(const DeletionBoundary& boundary, std::string_view target);
+[[nodiscard]] Removal removeItem(const DeletionBoundary& boundary, std::string_view target);
 
 /// A seam for tests of races: called on the removing thread in the gap between looking at a folder and opening
 /// it, with the folder above it open at parentFd and the folder's name, so a test can change the disk exactly

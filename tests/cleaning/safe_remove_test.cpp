@@ -75,7 +75,7 @@ TEST_F(SafeRemove, LinksInsideATickedFolderGoAsLinksAndTheirTargetsStay) {
         .link("Library/Caches/Tick/toFolder", d.at("/Elsewhere"))
         .link("Library/Caches/Tick/Sub/toFile", d.at("/outside.txt"))
         .link("Library/Caches/Tick/relative", "../../../../../Elsewhere/Sub");
-    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Tick")), Removed::Removed);
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Tick")), (Removal{true, std::nullopt}));
     EXPECT_FALSE(exists(d.at("Library/Caches/Tick")));
     EXPECT_TRUE(exists(d.at("Library/Caches")));
     expectDecoyIntact();
@@ -85,9 +85,9 @@ TEST_F(SafeRemove, ATickedLinkIsRemovedItselfWithOrWithoutATrailingSlash) {
     for (const char* name : {"Plain", "Slash", "Dot"}) {
         d.link(std::string("Library/Caches/") + name, d.at("/Elsewhere"));
     }
-    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Plain")), Removed::Removed);
-    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Slash/")), Removed::Removed);
-    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Dot/.")), Removed::Removed);
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Plain")), (Removal{true, std::nullopt}));
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Slash/")), (Removal{true, std::nullopt}));
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Dot/.")), (Removal{true, std::nullopt}));
     EXPECT_TRUE(fs::is_empty(d.at("Library/Caches")));
     expectDecoyIntact();
 }
@@ -95,14 +95,14 @@ TEST_F(SafeRemove, ATickedLinkIsRemovedItselfWithOrWithoutATrailingSlash) {
 TEST_F(SafeRemove, NothingIsReachedThroughALinkOnTheWayOrOutsideTheGrantedFolderAndTheReasonIsGiven) {
     d.link("Library/Way", d.at("/Elsewhere")).text("Library/File", "f");
     for (const std::string& target : {d.at("Library/Way/keep.txt"), d.at("Library/Way/Sub"), d.at("Library/File/x")}) {
-        EXPECT_EQ(removeItem(boundary(), target), std::unexpected(LeftReason::BehindLink)) << target;
+        EXPECT_EQ(removeItem(boundary(), target), (Removal{false, LeftReason::BehindLink})) << target;
     }
     for (const std::string& target :
          {d.at("/Elsewhere/keep.txt"), d.at("/outside.txt"), d.home(), d.home() + "/", d.home() + "/Library/..",
           d.at("/Users"), std::string("/"), d.home() + "/../../Elsewhere"}) {
-        EXPECT_EQ(removeItem(boundary(), target), std::unexpected(LeftReason::OutsideBoundary)) << target;
+        EXPECT_EQ(removeItem(boundary(), target), (Removal{false, LeftReason::OutsideBoundary})) << target;
     }
-    EXPECT_EQ(removeItem(boundary(), d.at("Library/Missing/x")), Removed::AlreadyGone);
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Missing/x")), (Removal{}));
     expectDecoyIntact();
     EXPECT_TRUE(exists(d.at("Library/Way")));
 }
@@ -116,7 +116,7 @@ TEST_F(SafeRemove, TheHeldHomeOutlivesASwapAndPathsOfAnyLengthAreReached) {
     ::symlink(d.at("/Elsewhere").c_str(), d.home().c_str());
     d.text("/Elsewhere/Library/Caches/Tick/a.txt", "decoy"); // what the path now names
     decoy = testing::treeContents(d.at("/Elsewhere"));
-    EXPECT_EQ(removeItem(held, d.at("Library/Caches/Tick")), Removed::Removed);
+    EXPECT_EQ(removeItem(held, d.at("Library/Caches/Tick")), (Removal{true, std::nullopt}));
     EXPECT_FALSE(exists(d.at("/Users/moved/Library/Caches/Tick")));
     expectDecoyIntact();
 
@@ -134,8 +134,8 @@ TEST_F(SafeRemove, TheHeldHomeOutlivesASwapAndPathsOfAnyLengthAreReached) {
     ::close(::openat(at, "leaf", O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
     ::close(at);
     ASSERT_GT(relative.size(), std::size_t{PATH_MAX});
-    EXPECT_EQ(removeItem(held, d.home() + relative + "/leaf"), Removed::Removed);
-    EXPECT_EQ(removeItem(held, d.home() + relative.substr(0, 201)), Removed::Removed);
+    EXPECT_EQ(removeItem(held, d.home() + relative + "/leaf"), (Removal{true, std::nullopt}));
+    EXPECT_EQ(removeItem(held, d.home() + relative.substr(0, 201)), (Removal{true, std::nullopt}));
     EXPECT_FALSE(exists(d.at("/Users/moved/") + std::string(200, 'a')));
 }
 
@@ -172,9 +172,9 @@ TEST_F(SafeRemove, TenThousandLevelsGoWithinASmallDescriptorLimit) {
     ::getrlimit(RLIMIT_NOFILE, &saved);
     const rlimit small{64, saved.rlim_max};
     ::setrlimit(RLIMIT_NOFILE, &small);
-    const std::expected<Removed, LeftReason> removed = removeItem(boundary(), d.at("d"));
+    const Removal removed = removeItem(boundary(), d.at("d"));
     ::setrlimit(RLIMIT_NOFILE, &saved);
-    EXPECT_EQ(removed, Removed::Removed);
+    EXPECT_EQ(removed, (Removal{true, std::nullopt}));
     EXPECT_FALSE(exists(d.at("d")));
 }
 
@@ -189,8 +189,8 @@ TEST_F(SafeRemove, WhatCannotBeRemovedIsPassedOverAndTheRestStillGoes) {
     ::chmod(d.at("Tick/Locked").c_str(), 0555);
     const std::string home = d.home();
     const auto removed = testing::runUnprivileged([&] {
-        const std::expected<Removed, LeftReason> result = removeItem(DeletionBoundary(home), home + "/Tick");
-        return std::int64_t{result ? -1 : static_cast<std::int64_t>(result.error())};
+        const Removal result = removeItem(DeletionBoundary(home), home + "/Tick");
+        return std::int64_t{result.left ? static_cast<std::int64_t>(*result.left) : -1};
     });
     // The folder itself stays, holding what could not go.
     EXPECT_EQ(removed, static_cast<std::int64_t>(LeftReason::NotRemovable));
@@ -209,10 +209,10 @@ TEST_F(SafeRemove, AFolderOnAnotherFileSystemIsNeverEntered) {
         ~Unmount() { ::umount(path.c_str()); }
     } unmount{d.at("Tick/Mounted")};
     d.text("Tick/Mounted/other.txt", "on another file system");
-    EXPECT_EQ(removeItem(boundary(), d.at("Tick")), std::unexpected(LeftReason::NotRemovable));
+    EXPECT_EQ(removeItem(boundary(), d.at("Tick")), (Removal{false, LeftReason::NotRemovable}));
     EXPECT_TRUE(exists(d.at("Tick/Mounted/other.txt")));
     EXPECT_FALSE(exists(d.at("Tick/a.txt")));
-    EXPECT_EQ(removeItem(boundary(), d.at("Tick/Mounted/other.txt")), std::unexpected(LeftReason::OtherMount));
+    EXPECT_EQ(removeItem(boundary(), d.at("Tick/Mounted/other.txt")), (Removal{false, LeftReason::OtherMount}));
 }
 
 } // namespace
