@@ -66,12 +66,7 @@ void CleaningEngine::cleanSelected(const RecordList& sections) {
             if (const UrlList* locations = item->urls("AllList")) {
                 CleanOutcome outcome;
                 for (const FileUrl& location : *locations) {
-                    const Removal removal = removeItem(m_boundary, location);
-                    if (removal.left) {
-                        outcome.left.push_back({location.path, *removal.left, {}});
-                    } else if (removal.removed) {
-                        outcome.removed.push_back(location.path);
-                    }
+                    removeInto(outcome, m_boundary, location);
                 }
                 record(std::move(outcome));
             }

@@ -225,13 +225,7 @@ CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path
     if (history.sessionFiles) {
         const std::string profile = folderOf(path.path);
         for (const char* name : {"Current Session", "Current Tabs"}) {
-            const std::string file = joinPath(profile, name);
-            const Removal removal = removeItem(context.boundary, file);
-            if (removal.left) {
-                outcome.left.push_back({file, *removal.left, {}});
-            } else if (removal.removed) {
-                outcome.removed.push_back(file);
-            }
+            removeInto(outcome, context.boundary, FileUrl{joinPath(profile, name)});
         }
     }
     if (done) {

@@ -253,6 +253,15 @@ Removal removeItem(const DeletionBoundary& boundary, std::string_view target) {
     return removeItem(boundary, FileUrl{std::string(target)});
 }
 
+void removeInto(CleanOutcome& outcome, const DeletionBoundary& boundary, const FileUrl& location) {
+    const Removal removal = removeItem(boundary, location);
+    if (removal.left) {
+        outcome.left.push_back({location.path, *removal.left, {}});
+    } else if (removal.removed) {
+        outcome.removed.push_back(location.path);
+    }
+}
+
 void setRemovalRaceHook(RemovalRaceHook hook) {
     raceHook() = std::move(hook);
 }

@@ -43,6 +43,9 @@ struct Removal {
 /// The same for a location given as its path, bounded by the granted folder alone.
 [[nodiscard]] Removal removeItem(const DeletionBoundary& boundary, std::string_view target);
 
+/// removeItem, noting in `outcome` what came of it: the location removed, or left as it was with the reason.
+void removeInto(CleanOutcome& outcome, const DeletionBoundary& boundary, const FileUrl& location);
+
 /// A seam for tests of races: called on the removing thread in the gap between looking at a folder and opening
 /// it, with the folder above it open at parentFd and the folder's name, so a test can change the disk exactly
 /// there. Empty (the default) it costs nothing. Set and clear it only while no removal runs.
