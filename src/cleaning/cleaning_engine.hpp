@@ -75,10 +75,11 @@ private:
     void purge(const RecordPtr& item);
     void reapFinishedTasks();
 
-    CleanMode m_mode;
-    DeletionBoundary m_boundary;
+    // Adds what one removal or purge came to, telling the reporter what was left.
     void record(CleanOutcome outcome);
 
+    CleanMode m_mode;
+    DeletionBoundary m_boundary;
     mutable std::mutex m_mutex; // the word list, the task list and the outcome
     AdultWords m_words;
     std::vector<Task> m_tasks;
