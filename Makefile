@@ -6,11 +6,12 @@ BUILD  := build/$(PRESET)
 WERROR := $(if $(filter true 1 yes,$(CI)),ON,OFF)
 SAMPLE := build/sample-disk
 
-# The long forms: `make fuzz` runs each fuzzer this many seconds; `make stress` kills this many purges and races
-# removals for this many seconds.
-FUZZ_SECONDS ?= 300
-KILLS        ?= 60
-RACE_SECONDS ?= 30
+# The long forms: `make fuzz` runs each fuzzer this many seconds; `make stress` kills this many purges, races
+# removals for this many seconds, and runs this many purges while their profile folder is swapped for a link.
+FUZZ_SECONDS  ?= 300
+KILLS         ?= 60
+RACE_SECONDS  ?= 30
+JOURNAL_SWAPS ?= 400
 
 .PHONY: all deps configure build run test browser-test fuzz-build sanitize fuzz stress bench screenshots package clean
 
@@ -66,10 +67,11 @@ sanitize: deps
 fuzz: fuzz-build
 	scripts/fuzz.sh $(FUZZ_SECONDS)
 
-# The kill series, the races and the adversarial disks at length.
+# The kill series, the races (the journal-swap race among them) and the adversarial disks at length.
 stress: build
-	TIDEWELL_KILLS=$(KILLS) TIDEWELL_RACE_SECONDS=$(RACE_SECONDS) $(BUILD)/tests/tidewell_tests \
-		--gtest_filter='HistoryPurgeKills.*:SwapRace.*:Disks/AdversarialDisk.*:HistoryDatabaseFaults.*'
+	TIDEWELL_KILLS=$(KILLS) TIDEWELL_RACE_SECONDS=$(RACE_SECONDS) TIDEWELL_JOURNAL_SWAPS=$(JOURNAL_SWAPS) \
+		$(BUILD)/tests/tidewell_tests \
+		--gtest_filter='HistoryPurgeKills.*:SwapRace.*:JournalSwapRace.*:Disks/AdversarialDisk.*:HistoryDatabaseFaults.*'
 
 # Benchmarks run on an optimised build; each prints its ratio against a baseline timed in the same run.
 bench: deps
@@ -77,6 +79,7 @@ bench: deps
 	@cmake --build build/release
 	build/release/bench/tidewell-bench-scan --cli build/release/src/tidewell-cli --disk build/bench-disk
 	build/release/bench/tidewell-bench-purge
+	build/release/bench/tidewell-bench-limits
 
 # The windows rendered offscreen to build/screenshots/*.png, to look at without a display.
 screenshots: build

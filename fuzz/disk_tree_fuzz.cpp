@@ -1,7 +1,8 @@
 // A home folder built by the input, a small program: folders, files, links of every kind, FIFOs, sockets and
 // devices, odd names and deep chains, then ticked locations (some made as metadata makes them) and folders to
-// swap for a link in the moment between the remover's look and its open. The ticked locations are measured and
-// removed, and then:
+// swap for a link in the moment between the remover's look and its open; some ticked locations are built from
+// components as another program's data gives them ("..", ".." cut short by a NUL byte, names holding "/"). The
+// ticked locations are measured and removed, and then:
 // - the decoy tree outside the home, and the folders swapped away, are byte for byte as they were;
 // - every entry of the home outside the ticked locations is as it was;
 // - a ticked location reached through folders alone is gone;
@@ -147,7 +148,7 @@ std::pair<std::vector<std::string>, std::vector<std::string>> build(Program& pro
     const auto here = [&] { return joined(world.home, at); };
     for (std::size_t step = 0; step < kMaxSteps && !program.done(); ++step) {
         const std::uint8_t op = program.next();
-        switch (op % 18) {
+        switch (op % 19) {
         case 0: { // a folder, entered
             const std::string name = program.name();
             if (at.size() < kMaxDepth && ::mkdir((here() + "/" + name).c_str(), 0755) == 0) {
@@ -239,6 +240,18 @@ std::pair<std::vector<std::string>, std::vector<std::string>> build(Program& pro
         case 16:
             swaps.push_back(program.name());
             break;
+        case 17: { // a location built from components as another program's data gives them, "/" and NUL kept
+            std::string location = here();
+            for (std::size_t parts = 1 + program.next() % 4; parts > 0 && !program.done(); --parts) {
+                static constexpr std::array<std::string_view, 6> kClimbing{
+                    "..", std::string_view("..\0", 3), ".", "", "../Decoy", std::string_view("\0")};
+                location += "/";
+                location += program.next() % 2 == 0 ? std::string(kClimbing[program.next() % kClimbing.size()])
+                                                    : program.name();
+            }
+            ticked.push_back(location);
+            break;
+        }
         default: // a link to a file of the home, relative
             ::symlink("../a", (here() + "/" + program.name()).c_str());
             break;
@@ -304,7 +317,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         }
     });
     for (const std::string& location : ticked) {
-        removeItem(boundary, location);
+        static_cast<void>(removeItem(boundary, location));
     }
     setRemovalRaceHook({});
     ::close(scratchFd);

@@ -13,9 +13,13 @@ for fuzzer in "${fuzzers[@]}"; do
     work="build/fuzz/work/$fuzzer"
     log="build/fuzz/work/$fuzzer.log"
     rm -rf "$work" && mkdir -p "$work"
+    dictionary=()
+    if [ -f "fuzz/dict/$fuzzer.dict" ]; then
+        dictionary=(-dict="fuzz/dict/$fuzzer.dict")
+    fi
     echo "fuzz_$fuzzer: ${seconds}s"
-    if ! "$program" -max_total_time="$seconds" -timeout=25 -print_final_stats=1 \
-        -artifact_prefix="build/fuzz/crashes/$fuzzer-" "$work" "fuzz/corpus/$fuzzer" 2>"$log"; then
+    if ! "$program" -max_total_time="$seconds" -timeout=25 -rss_limit_mb=2560 -print_final_stats=1 \
+        "${dictionary[@]}" -artifact_prefix="build/fuzz/crashes/$fuzzer-" "$work" "fuzz/corpus/$fuzzer" 2>"$log"; then
         tail -n 60 "$log"
         echo "fuzz_$fuzzer failed; the input is in build/fuzz/crashes/" >&2
         exit 1

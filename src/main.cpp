@@ -126,6 +126,10 @@ int main(int argc, char** argv) {
     if (!disk) {
         return usageError(QString::fromStdString(disk.error()));
     }
+    // A home that leads off the disk is refused; one not there yet is the access window's business.
+    if (const auto home = disk->checkHome(); !home && !home.error().missing) {
+        return usageError(QString::fromStdString(home.error().message));
+    }
 
     const QString settingsFile = tidewell::AppSettings::defaultFile();
     tidewell::SingleInstance instance(tidewell::SingleInstance::serverNameFor(settingsFile));
@@ -150,7 +154,7 @@ int main(int argc, char** argv) {
     // Each hourly tick purges adult-site history inside the started grant; the purge's tasks run off the main
     // thread and are waited for when Tidewell ends (the purger goes before the delegate).
     tidewell::RealTimePurger purger(
-        *disk, [&delegate] { return delegate.grantedFolder(); }, tidewell::systemRunningApplications());
+        *disk, [&delegate] { return delegate.startedGrant(); }, tidewell::systemRunningApplications());
     delegate.setRealTimePurge([&purger] { purger.run(); });
 
     // The main window (the item table) and the browser panel are made by the delegate when it needs them.

@@ -36,7 +36,7 @@ const std::vector<std::string> kSyllables{"qa", "qe", "qi", "qo", "qu", "xa", "x
 // The shipped list first, then made-up fragments up to the count. Every made-up one holds a q, x or z, letters
 // the ordinary addresses below never use, so exactly the adult rows match.
 std::vector<std::string> makeWords(std::size_t count, std::mt19937& random) {
-    std::vector<std::string> words = *tidewell::loadAdultWords();
+    std::vector<std::string> words = tidewell::loadAdultWords()->words();
     if (words.size() > count) {
         words.resize(count);
     }

@@ -214,6 +214,8 @@ public:
     [[nodiscard]] bool panelValidateURL(const QString& folder) const;
     /// The deletion boundary: the first started grant's folder; nothing before a grant is started.
     [[nodiscard]] std::optional<std::string> grantedFolder() const;
+    /// The grant of that folder, which the cleaning holds as its boundary.
+    [[nodiscard]] std::optional<FolderGrant> startedGrant() const { return m_startedGrants.boundaryGrant(); }
     [[nodiscard]] const StartedGrants& startedGrants() const { return m_startedGrants; }
     /// The disk root as a folder path: "/" for the whole disk, else the root folder.
     [[nodiscard]] std::string diskRootPath() const;

@@ -1,6 +1,7 @@
 #include "app/real_time_purge.hpp"
 
 #include "cleaning/adult_history_section.hpp"
+#include "platform/log.hpp"
 
 namespace tidewell {
 
@@ -14,21 +15,20 @@ RealTimePurger::~RealTimePurger() {
 }
 
 bool RealTimePurger::run() {
-    const std::optional<std::string> granted = m_grantedFolder ? m_grantedFolder() : std::nullopt;
+    const std::optional<FolderGrant> granted = m_grantedFolder ? m_grantedFolder() : std::nullopt;
     if (!granted || !m_running) {
         return false;
     }
-    // The boundary is fixed when an engine is made, so a grant for another folder needs an engine of its own;
-    // the old one goes once its tasks have ended.
-    if (!m_engine || m_engine->boundary().grantedFolder() != DeletionBoundary(*granted).grantedFolder()) {
-        m_engine = std::make_unique<CleaningEngine>(CleanMode::RealTime, DeletionBoundary(*granted));
-    }
+    // The granted folder is resolved and held for this run alone; the last run's engine goes once its tasks
+    // (an hour old) have ended.
+    m_engine = std::make_unique<CleaningEngine>(CleanMode::RealTime, boundaryOfGrant(*granted, m_disk));
+    m_engine->setLeftReporter([](const LeftAsItWas& left) { logLine(describe(left)); });
     return addAdultContents(m_disk, *m_running, *m_engine, m_loadWords);
 }
 
 void RealTimePurger::joinAll() {
     if (m_engine) {
-        m_engine->joinAll();
+        static_cast<void>(m_engine->joinAll());
     }
 }
 

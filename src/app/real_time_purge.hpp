@@ -8,18 +8,20 @@
 #include "catalogue/disk_root.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/cleaning_engine.hpp"
+#include "platform/folder_grant.hpp"
 #include "platform/running_apps.hpp"
 
 namespace tidewell {
 
 /// The hourly purge of the window face, what each tick of the real-time timer runs: `addAdultContents` of the
-/// cleaning engine on the disk, with a real-time engine whose deletion boundary is the started grant. The purge's
-/// per-database tasks run concurrently off the calling (main) thread; the purger keeps the engine, and with it
-/// the tasks, until it is destroyed or the grant's folder changes, and then waits for them.
+/// cleaning engine on the disk, with a real-time engine whose deletion boundary is the started grant's folder,
+/// held afresh for each run. The purge's per-database tasks run concurrently off the calling (main) thread; the
+/// purger keeps the engine, and with it the tasks, until the next run or its own end, and then waits for them.
+/// Each database left as it was is logged, with the reason, as soon as it is known.
 class RealTimePurger {
 public:
-    /// The started grant's folder, asked at every run; nothing while no grant is started.
-    using GrantedFolder = std::function<std::optional<std::string>()>;
+    /// The started grant, asked at every run; nothing while no grant is started.
+    using GrantedFolder = std::function<std::optional<FolderGrant>()>;
 
     RealTimePurger(DiskRoot disk, GrantedFolder grantedFolder, std::unique_ptr<RunningApplications> running,
                    std::function<AdultWords()> loadWords = loadAdultWords);

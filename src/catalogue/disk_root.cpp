@@ -13,8 +13,7 @@ std::expected<DiskRoot, std::string> DiskRoot::make(std::string_view rootDir, st
     if (rootDir.empty()) {
         return std::unexpected("the disk root is empty");
     }
-    if (loginName.empty() || loginName == "." || loginName == ".." || loginName.find('/') != std::string_view::npos ||
-        loginName.find('\0') != std::string_view::npos) {
+    if (!isSingleComponent(loginName)) {
         return std::unexpected("the login name '" + std::string(loginName) + "' is not a single folder name");
     }
     std::error_code ec;
@@ -62,6 +61,24 @@ std::string DiskRoot::resolve(std::string_view absolutePath) const {
 
 std::string DiskRoot::homePath() const {
     return resolve("/Users/" + m_login);
+}
+
+std::expected<void, DiskRoot::HomeProblem> DiskRoot::checkHome() const {
+    const std::string home = homePath();
+    struct stat st {};
+    if (::lstat(home.c_str(), &st) != 0) {
+        return std::unexpected(HomeProblem{true, "no home folder for '" + m_login + "': nothing at " + home});
+    }
+    std::error_code ec;
+    const std::filesystem::path real = std::filesystem::canonical(home, ec);
+    if (ec || ::stat(real.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
+        return std::unexpected(HomeProblem{false, "the home folder " + home + " is not a folder"});
+    }
+    if (!m_root.empty() && !real.string().starts_with(m_root + "/")) {
+        return std::unexpected(HomeProblem{false, "the home folder " + home + " leads to " + real.string() +
+                                                      ", outside the disk root " + m_root});
+    }
+    return {};
 }
 
 bool DiskRoot::exists(std::string_view absolutePath) const {

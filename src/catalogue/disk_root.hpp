@@ -29,6 +29,16 @@ public:
     /// "/tmp/d/Applications/Safari.app".
     [[nodiscard]] std::string resolve(std::string_view absolutePath) const;
 
+    /// Checks the home folder before a command works in it: something must be there, and under a disk root other
+    /// than "/" it must resolve, its links followed, to a folder inside that root (a home that leads elsewhere
+    /// would take the clean off the disk). On the root "/" a home reached through links (a /Users or /home that
+    /// links to another volume) is the user's real home and is taken. The error names the folder looked for.
+    struct HomeProblem {
+        bool missing = false; // nothing at all is there
+        std::string message;
+    };
+    [[nodiscard]] std::expected<void, HomeProblem> checkHome() const;
+
     /// <root>/Users/<login name>, as a path and as a file URL (the user's real home, never a container).
     [[nodiscard]] std::string homePath() const;
     [[nodiscard]] FileUrl homeUrl() const { return FileUrl{homePath()}; }

@@ -59,6 +59,31 @@ std::string FileUrl::lastPathComponent() const {
     return std::string(slash == std::string_view::npos ? p : p.substr(slash + 1));
 }
 
+bool isSingleComponent(std::string_view name) {
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string_view::npos &&
+           name.find('\0') == std::string_view::npos;
+}
+
+std::optional<std::vector<std::string>> strictComponents(std::string_view path) {
+    if (path.size() < 2 || path.front() != '/') {
+        return std::nullopt;
+    }
+    std::vector<std::string> components;
+    path.remove_prefix(1);
+    while (true) {
+        const std::size_t slash = path.find('/');
+        const std::string_view component = path.substr(0, slash);
+        if (!isSingleComponent(component)) {
+            return std::nullopt;
+        }
+        components.emplace_back(component);
+        if (slash == std::string_view::npos) {
+            return components;
+        }
+        path.remove_prefix(slash + 1);
+    }
+}
+
 FileUrl FileUrl::appending(std::string_view component) const {
     return FileUrl{joinPath(path, component)};
 }

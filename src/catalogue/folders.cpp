@@ -50,7 +50,8 @@ std::vector<std::string> listFolderNames(const std::string& path) {
         return names;
     }
     while (const dirent* entry = ::readdir(dir.get())) {
-        if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0) {
+        // Every name a path is later built from passes the one check of names from outside data.
+        if (isSingleComponent(entry->d_name)) {
             names.emplace_back(entry->d_name);
         }
     }

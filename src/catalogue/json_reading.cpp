@@ -4,7 +4,7 @@
 
 namespace tidewell {
 
-std::optional<nlohmann::ordered_json> parseJson(std::string_view text) {
+std::optional<nlohmann::json> parseJson(std::string_view text) {
     // The parser takes a NUL byte for the end of the input and would accept "{}\0anything"; JSON text never holds
     // a raw NUL (inside strings it must be escaped), so such a file is damaged.
     if (text.find('\0') != std::string_view::npos) {
@@ -13,7 +13,7 @@ std::optional<nlohmann::ordered_json> parseJson(std::string_view text) {
     try {
         // Without exceptions a malformed text is a discarded value. Parsing and destroying are iterative in this
         // library, so nesting depth costs heap, not stack.
-        auto value = nlohmann::ordered_json::parse(text, nullptr, false);
+        auto value = nlohmann::json::parse(text, nullptr, false);
         if (value.is_discarded()) {
             return std::nullopt;
         }
@@ -24,20 +24,20 @@ std::optional<nlohmann::ordered_json> parseJson(std::string_view text) {
     }
 }
 
-std::optional<nlohmann::ordered_json> readJsonObject(const std::string& path) {
+std::optional<nlohmann::json> readJsonObject(const std::string& path) {
     const std::optional<std::string> contents = readWholeFile(path);
     if (!contents) {
         return std::nullopt;
     }
-    std::optional<nlohmann::ordered_json> value = parseJson(*contents);
+    std::optional<nlohmann::json> value = parseJson(*contents);
     if (!value || !value->is_object()) {
         return std::nullopt;
     }
     return value;
 }
 
-const nlohmann::ordered_json* valueAtKeyPath(const nlohmann::ordered_json& value, std::string_view keyPath) {
-    const nlohmann::ordered_json* current = &value;
+const nlohmann::json* valueAtKeyPath(const nlohmann::json& value, std::string_view keyPath) {
+    const nlohmann::json* current = &value;
     if (keyPath.empty()) {
         return current;
     }
@@ -59,8 +59,8 @@ const nlohmann::ordered_json* valueAtKeyPath(const nlohmann::ordered_json& value
     }
 }
 
-std::string textAtKeyPath(const nlohmann::ordered_json& value, std::string_view keyPath) {
-    const nlohmann::ordered_json* found = valueAtKeyPath(value, keyPath);
+std::string textAtKeyPath(const nlohmann::json& value, std::string_view keyPath) {
+    const nlohmann::json* found = valueAtKeyPath(value, keyPath);
     if (found == nullptr || !found->is_string()) {
         return {};
     }

@@ -78,7 +78,8 @@ void ScanDriver::waitForScanThread() {
 }
 
 void ScanDriver::scanInBG(const std::stop_token& stop, std::uint64_t generation) {
-    SizeCounter sizes(SizeCounter::defaultWorkers(), stop);
+    // The home is resolved once per scan and held: every location is measured below that open folder.
+    SizeCounter sizes(SizeCounter::defaultWorkers(), stop, HeldFolder(m_disk.homePath()));
     ScanEnv env{m_disk, sizes};
     for (const SectionBuilder& builder : m_builders) {
         if (stop.stop_requested()) {

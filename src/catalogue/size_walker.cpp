@@ -301,7 +301,8 @@ private:
 // ---------------------------------------------------------------------------------------------------------------
 // SizeCounter
 
-SizeCounter::SizeCounter(unsigned workers, std::stop_token stop) : m_stop(std::move(stop)), m_pool(workers) {}
+SizeCounter::SizeCounter(unsigned workers, std::stop_token stop, HeldFolder within)
+    : m_stop(std::move(stop)), m_within(std::move(within)), m_pool(workers) {}
 
 unsigned SizeCounter::defaultWorkers() {
     const unsigned cores = std::thread::hardware_concurrency();
@@ -322,13 +323,23 @@ TreeSum SizeCounter::walkOpenFolder(int fd, FolderId id) {
     return sum;
 }
 
-TreeSum SizeCounter::measureFolder(const std::string& path) {
-    struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0 || !S_ISDIR(st.st_mode)) {
-        return {};
+std::optional<std::pair<UniqueFd, std::string>> SizeCounter::parentOf(const std::string& path) const {
+    std::optional<std::vector<std::string>> components = m_within.componentsInside(path);
+    if (!components) {
+        return std::nullopt;
     }
+    Reach failure = Reach::Missing;
+    UniqueFd parent =
+        m_within.openFolder(std::span(*components).first(components->size() - 1), failure, HeldFolder::Mounts::Any);
+    if (!parent.valid()) {
+        return std::nullopt;
+    }
+    return std::pair{std::move(parent), std::move(components->back())};
+}
+
+TreeSum SizeCounter::walkBelow(int parentFd, const std::string& name, const struct stat& st) {
     const FolderId id{st.st_dev, st.st_ino};
-    const int fd = ::open(path.c_str(), kOpenFolderFlags);
+    const int fd = ::openat(parentFd, name.c_str(), kOpenFolderFlags);
     if (fd < 0) {
         const TreeSum unreadable{0, true};
         m_measured[id] = unreadable;
@@ -337,15 +348,26 @@ TreeSum SizeCounter::measureFolder(const std::string& path) {
     return walkOpenFolder(fd, id);
 }
 
-std::int64_t SizeCounter::fileSizeOf(const std::string& path) {
+TreeSum SizeCounter::measureFolder(const std::string& path) {
+    const std::optional<std::pair<UniqueFd, std::string>> parent = parentOf(path);
     struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0) {
+    if (!parent || ::fstatat(parent->first.get(), parent->second.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0 ||
+        !S_ISDIR(st.st_mode)) {
+        return {};
+    }
+    return walkBelow(parent->first.get(), parent->second, st);
+}
+
+std::int64_t SizeCounter::fileSizeOf(const std::string& path) {
+    const std::optional<std::pair<UniqueFd, std::string>> parent = parentOf(path);
+    struct stat st {};
+    if (!parent || ::fstatat(parent->first.get(), parent->second.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
         return 0;
     }
     if (!S_ISDIR(st.st_mode)) {
         return allocatedBytes(st);
     }
-    return measureFolder(path).bytes;
+    return walkBelow(parent->first.get(), parent->second, st).bytes;
 }
 
 } // namespace tidewell

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <sys/stat.h>
 #include <sys/types.h>
 
 #include <condition_variable>
@@ -14,6 +15,7 @@
 #include <vector>
 
 #include "catalogue/file_url.hpp"
+#include "catalogue/held_folder.hpp"
 
 namespace tidewell {
 
@@ -53,8 +55,10 @@ private:
 };
 
 /// Measures locations by allocated size for one scan: `fileSizeOf:` and the folder sums of the extension
-/// inventories. Links are never followed; a folder adds nothing of its own; a walk stops at the first unreadable
-/// entry and keeps what it had summed. Walks are iterative (a 10,000-level tree is fine) and keep memory and open
+/// inventories. Every location is reached below one held folder (the home, for a scan), one component at a time,
+/// so links are never followed, not on the way to a location either; a location outside that folder measures
+/// nothing. A folder adds nothing of its own; a walk stops at the first unreadable entry and keeps what it had
+/// summed. Walks are iterative (a 10,000-level tree is fine) and keep memory and open
 /// descriptors proportional to depth, whatever the number of files.
 ///
 /// Within one counter, a folder that was measured as a location before is not walked again when a later walk
@@ -62,18 +66,21 @@ private:
 /// catalogue measures the browsers' cache folders and then the whole Library/Caches, so this halves the work.
 class SizeCounter {
 public:
-    /// workers: extra threads that share the walking (0 walks on the calling thread alone).
-    explicit SizeCounter(unsigned workers = defaultWorkers(), std::stop_token stop = {});
+    /// workers: extra threads that share the walking (0 walks on the calling thread alone). within: the folder
+    /// every location is reached below ("/" when not given).
+    explicit SizeCounter(unsigned workers = defaultWorkers(), std::stop_token stop = {},
+                         HeldFolder within = HeldFolder("/"));
 
     static unsigned defaultWorkers();
 
     /// `fileSizeOf:` for one location. A folder (not a link to one): the sum of every file and link below it. Any
-    /// other entry: its own allocated size. A location that does not exist: 0.
+    /// other entry: its own allocated size. A location that does not exist, lies outside the held folder or behind
+    /// a link: 0.
     std::int64_t fileSizeOf(const std::string& path);
     std::int64_t fileSizeOf(const FileUrl& url) { return fileSizeOf(url.path); }
 
     /// The walk below a folder, its own entry excluded; a folder that cannot be opened is {0, stopped}. A path
-    /// that is not a folder gives {0, false}.
+    /// that is not a folder (outside the held folder, behind a link, missing) gives {0, false}.
     TreeSum measureFolder(const std::string& path);
 
     /// Turns the reuse of earlier folder sums off (for comparisons; results are the same either way).
@@ -84,8 +91,13 @@ private:
     using FolderId = std::pair<dev_t, ino_t>;
 
     TreeSum walkOpenFolder(int fd, FolderId id);
+    /// Walks the folder `name` of the folder open at parentFd, which a look found to be st.
+    TreeSum walkBelow(int parentFd, const std::string& name, const struct stat& st);
+    /// The folder open below the held one that holds a location, with the location's last component.
+    std::optional<std::pair<UniqueFd, std::string>> parentOf(const std::string& path) const;
 
     std::stop_token m_stop;
+    HeldFolder m_within;
     WalkPool m_pool;
     bool m_reuse = true;
     // Written only between walks, on the calling thread; read by the walkers.

@@ -1,6 +1,7 @@
 #include "cleaning/cleaning_engine.hpp"
 
 #include <string_view>
+#include <utility>
 
 #include "platform/log.hpp"
 
@@ -8,7 +9,7 @@ namespace tidewell {
 
 namespace {
 
-using PurgeRoutine = void (*)(const FileUrl&, const PurgeContext&);
+using PurgeRoutine = CleanOutcome (*)(const FileUrl&, const PurgeContext&);
 
 PurgeRoutine routineFor(std::string_view nameText) {
     if (nameText == "Google Chrome Adult History") {
@@ -25,11 +26,15 @@ PurgeRoutine routineFor(std::string_view nameText) {
 
 } // namespace
 
+DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk) {
+    return DeletionBoundary(grant.path, FolderIdentity{grant.device, grant.inode}, disk.homePath());
+}
+
 CleaningEngine::CleaningEngine(CleanMode mode, DeletionBoundary boundary, AdultWords words)
     : m_mode(mode), m_boundary(std::move(boundary)), m_words(std::move(words)) {}
 
 CleaningEngine::~CleaningEngine() {
-    joinAll();
+    static_cast<void>(joinAll());
 }
 
 void CleaningEngine::setAdultWords(AdultWords words) {
@@ -59,9 +64,11 @@ void CleaningEngine::cleanSelected(const RecordList& sections) {
         }
         if (item->has("AllList")) {
             if (const UrlList* locations = item->urls("AllList")) {
+                CleanOutcome outcome;
                 for (const FileUrl& location : *locations) {
-                    removeItem(m_boundary, location.path);
+                    removeInto(outcome, m_boundary, location);
                 }
+                record(std::move(outcome));
             }
         } else if (item->has("Path")) {
             purge(item);
@@ -77,7 +84,7 @@ void CleaningEngine::purge(const RecordPtr& item) {
     const AdultWords words = adultWords();
     if (m_mode == CleanMode::Interactive) {
         if (const FileUrl* path = item->url("Path")) {
-            routine(*path, PurgeContext{words, m_boundary, m_mode});
+            record(routine(*path, PurgeContext{words, m_boundary, m_mode}));
         }
         return;
     }
@@ -85,7 +92,7 @@ void CleaningEngine::purge(const RecordPtr& item) {
     std::jthread thread([this, item, words, routine, done] {
         // The "Path" is read when the task runs, not when it is queued.
         if (const FileUrl* path = item->url("Path")) {
-            routine(*path, PurgeContext{words, m_boundary, m_mode});
+            record(routine(*path, PurgeContext{words, m_boundary, m_mode}));
         }
         done->store(true);
     });
@@ -98,7 +105,17 @@ void CleaningEngine::reapFinishedTasks() {
     std::erase_if(m_tasks, [](const Task& task) { return task.done->load(); });
 }
 
-void CleaningEngine::joinAll() {
+void CleaningEngine::record(CleanOutcome outcome) {
+    const std::lock_guard lock(m_mutex);
+    if (m_reporter) {
+        for (const LeftAsItWas& left : outcome.left) {
+            m_reporter(left);
+        }
+    }
+    m_outcome.add(std::move(outcome));
+}
+
+CleanOutcome CleaningEngine::joinAll() {
     std::vector<Task> tasks;
     {
         const std::lock_guard lock(m_mutex);
@@ -109,6 +126,8 @@ void CleaningEngine::joinAll() {
             task.thread.join();
         }
     }
+    const std::lock_guard lock(m_mutex);
+    return std::exchange(m_outcome, {});
 }
 
 } // namespace tidewell

@@ -1,19 +1,13 @@
 #include "cleaning/history_purge.hpp"
 
 #include <sqlite3.h>
-#include <sys/stat.h>
 
-#include <algorithm>
-#include <cerrno>
-#include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
-#include <unordered_set>
 #include <vector>
 
-#include "cleaning/word_matcher.hpp"
+#include "cleaning/held_database.hpp"
 #include "platform/log.hpp"
 
 namespace tidewell {
@@ -24,190 +18,154 @@ struct HistoryTable {
     const char* table;
     const char* logFromWindow;
     const char* logFromHourlyPurge;
-    bool sessionFiles;  // Chrome keeps its open tabs beside the database
-    bool readsUrlTexts; // the Firefox routine reads the url and the second column of each row it finds
+    bool sessionFiles; // Chrome keeps its open tabs beside the database
 };
 
-constexpr HistoryTable kSafariHistory{"history_items", "Safari Deleted", "Safari Deleted", false, false};
-constexpr HistoryTable kChromeHistory{"urls", "Chrome Deleted", "Chrome Deleted", true, false};
-constexpr HistoryTable kFirefoxHistory{"moz_places", "Chrome Deleted", "Firefox Deleted", false, true};
-
-struct DatabaseCloser {
-    void operator()(sqlite3* db) const { sqlite3_close_v2(db); }
-};
-using Database = std::unique_ptr<sqlite3, DatabaseCloser>;
+constexpr HistoryTable kSafariHistory{"history_items", "Safari Deleted", "Safari Deleted", false};
+constexpr HistoryTable kChromeHistory{"urls", "Chrome Deleted", "Chrome Deleted", true};
+constexpr HistoryTable kFirefoxHistory{"moz_places", "Chrome Deleted", "Firefox Deleted", false};
 
 struct StatementFinalizer {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
 };
 using Statement = std::unique_ptr<sqlite3_stmt, StatementFinalizer>;
 
-Statement prepare(sqlite3* db, const std::string& sql) {
+Statement prepare(sqlite3* db, const std::string& sql, int& rc) {
     sqlite3_stmt* statement = nullptr;
-    // Prepared from the NUL-terminated text, so a word holding a NUL cuts the statement short there.
-    if (sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
+    rc = sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr);
+    if (rc != SQLITE_OK) {
         sqlite3_finalize(statement);
         return nullptr;
     }
     return Statement(statement);
 }
 
-bool run(sqlite3* db, const char* sql) {
-    return sqlite3_exec(db, sql, nullptr, nullptr, nullptr) == SQLITE_OK;
+int run(sqlite3* db, const char* sql) {
+    return sqlite3_exec(db, sql, nullptr, nullptr, nullptr);
 }
 
-// The row ids found, as 32-bit values, each kept once in the order first found.
-class FoundIds {
-public:
-    void add(int id) {
-        if (m_seen.insert(id).second) {
-            m_ids.push_back(id);
-        }
-    }
-    [[nodiscard]] const std::vector<int>& ids() const { return m_ids; }
-
-private:
-    std::unordered_set<int> m_seen;
-    std::vector<int> m_ids;
-};
-
-// Whether a word can be looked for by the one-pass matcher with the very result its own LIKE query gives: text
-// that the query would take as a pattern ("%", "_"), that breaks or changes the statement ("'", NUL), that LIKE
-// compares by decoded character rather than by byte (anything outside ASCII), the empty word and a word over
-// the pattern length limit all go through the query itself instead.
-bool isPlainWord(const std::string& word, std::size_t likePatternLimit) {
-    if (word.empty() || word.size() + 2 > likePatternLimit) {
-        return false;
-    }
-    return std::ranges::all_of(word, [](char c) {
-        const auto byte = static_cast<unsigned char>(c);
-        return byte != 0 && byte < 0x80 && c != '%' && c != '_' && c != '\'';
-    });
-}
-
-// Whether LIKE finds anything in a BLOB with this SQLite (builds differ).
+// Whether LIKE finds anything in a BLOB with this SQLite (builds differ): a BLOB URL matches as LIKE would have
+// matched it.
 bool likeMatchesBlobs(sqlite3* db) {
-    const Statement probe = prepare(db, "SELECT x'61' LIKE '%a%'");
+    int rc = SQLITE_OK;
+    const Statement probe = prepare(db, "SELECT x'61' LIKE '%a%'", rc);
     return probe && sqlite3_step(probe.get()) == SQLITE_ROW && sqlite3_column_int(probe.get(), 0) == 1;
 }
 
-// One pass over the table for every plain word. LIKE sees a value as its text up to the first NUL (numbers as
-// their text, BLOBs as their bytes where they match at all, NULL as no match), and so does this.
-void findPlainWords(sqlite3* db, const HistoryTable& history, const std::vector<std::string>& words, FoundIds& found) {
-    const WordMatcher matcher(words);
-    if (matcher.empty()) {
-        return;
+// The journal mode the database keeps in its file ("wal"), or the one this connection starts with.
+std::expected<bool, int> isWalDatabase(sqlite3* db) {
+    int rc = SQLITE_OK;
+    const Statement mode = prepare(db, "PRAGMA journal_mode", rc);
+    if (!mode) {
+        return std::unexpected(rc);
     }
-    const bool blobs = likeMatchesBlobs(db);
-    // Column 0 of "SELECT *" is what the per-word query reads as the row's id; "url" is the column it compares.
-    const Statement rows = prepare(db, std::string("SELECT *, url FROM ") + history.table);
-    if (!rows) {
-        return;
-    }
-    const int urlColumn = sqlite3_column_count(rows.get()) - 1;
-    while (sqlite3_step(rows.get()) == SQLITE_ROW) {
-        const int type = sqlite3_column_type(rows.get(), urlColumn);
-        if (type == SQLITE_NULL || (type == SQLITE_BLOB && !blobs)) {
-            continue;
-        }
-        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(rows.get(), urlColumn));
-        if (text != nullptr && matcher.matchesAny(std::string_view(text, std::strlen(text)))) {
-            found.add(sqlite3_column_int(rows.get(), 0));
-        }
-    }
-}
-
-int columnNamed(sqlite3_stmt* statement, const char* name) {
-    for (int i = 0; i < sqlite3_column_count(statement); ++i) {
-        const char* columnName = sqlite3_column_name(statement, i);
-        if (columnName != nullptr && sqlite3_stricmp(columnName, name) == 0) {
-            return i;
-        }
-    }
-    return -1;
-}
-
-// The word's own query, its text made by putting the word between the pattern's two '%' as it is.
-void findByQuery(sqlite3* db, const HistoryTable& history, const std::string& word, FoundIds& found) {
-    const Statement rows =
-        prepare(db, std::string("SELECT * FROM ") + history.table + " WHERE url LIKE '%" + word + "%'");
-    if (!rows) {
-        return; // a word that breaks the statement finds nothing
-    }
-    const int urlColumn = history.readsUrlTexts ? columnNamed(rows.get(), "url") : -1;
-    while (sqlite3_step(rows.get()) == SQLITE_ROW) {
-        if (urlColumn >= 0) {
-            static_cast<void>(sqlite3_column_text(rows.get(), urlColumn));
-        }
-        found.add(sqlite3_column_int(rows.get(), 0));
-        if (history.readsUrlTexts) {
-            static_cast<void>(sqlite3_column_text(rows.get(), 1));
-        }
-    }
-}
-
-bool isWalDatabase(sqlite3* db) {
-    const Statement mode = prepare(db, "PRAGMA journal_mode");
-    if (!mode || sqlite3_step(mode.get()) != SQLITE_ROW) {
-        return false;
+    rc = sqlite3_step(mode.get());
+    if (rc != SQLITE_ROW) {
+        return std::unexpected(rc);
     }
     const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(mode.get(), 0));
     return text != nullptr && sqlite3_stricmp(text, "wal") == 0;
 }
 
-void purgeOpenDatabase(sqlite3* db, const HistoryTable& history, const std::vector<std::string>& words) {
+struct Purged {
+    std::int64_t rows = 0;
+    bool stillReadable = false;
+};
+
+// The rows of the table whose URL holds a word, by their 64-bit row ids; an error code when the table cannot be
+// read to its end.
+std::expected<std::vector<std::int64_t>, int> matchingRows(sqlite3* db, const HistoryTable& history,
+                                                           const WordMatcher& matcher) {
+    const bool blobs = likeMatchesBlobs(db);
+    int rc = SQLITE_OK;
+    const Statement rows = prepare(db, std::string("SELECT rowid, url FROM ") + history.table, rc);
+    if (!rows) {
+        return std::unexpected(rc);
+    }
+    std::vector<std::int64_t> found;
+    while ((rc = sqlite3_step(rows.get())) == SQLITE_ROW) {
+        const int type = sqlite3_column_type(rows.get(), 1);
+        if (type == SQLITE_NULL || (type == SQLITE_BLOB && !blobs)) {
+            continue;
+        }
+        // As LIKE reads a value: its text up to the first NUL.
+        const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(rows.get(), 1));
+        if (text != nullptr && matcher.matchesAny(std::string_view(text, std::strlen(text)))) {
+            found.push_back(sqlite3_column_int64(rows.get(), 0));
+        }
+    }
+    if (rc != SQLITE_DONE) {
+        return std::unexpected(rc);
+    }
+    return found;
+}
+
+// The purge of one open database, all or nothing: any step that fails rolls the transaction back and says why.
+std::expected<Purged, DatabaseFailure> purgeOpenDatabase(const HeldDatabase& held, const HistoryTable& history,
+                                                         const WordMatcher& matcher) {
+    sqlite3* db = held.get();
     // A history database is another program's file: no longer than this is waited for while it holds a lock.
     sqlite3_busy_timeout(db, static_cast<int>(kHistoryBusyTimeout.count()));
-    // Removed rows are overwritten, not just unlinked from the table's pages.
-    run(db, "PRAGMA secure_delete=ON");
+    // Removed rows are overwritten, not just unlinked from the table's pages; nothing is written to temporary
+    // files outside the database's folder.
+    if (const int rc = run(db, "PRAGMA secure_delete=ON; PRAGMA temp_store=MEMORY"); rc != SQLITE_OK) {
+        return std::unexpected(held.failure(rc));
+    }
+    if (sqlite3_db_readonly(db, "main") == 1) {
+        return std::unexpected(DatabaseFailure{LeftReason::ReadOnly, "opened read-only", false});
+    }
+    const std::expected<bool, int> wal = isWalDatabase(db);
+    if (!wal) {
+        return std::unexpected(held.failure(wal.error()));
+    }
+    // Without WAL the old pages go to a rollback journal, which this connection removes at the commit rather than
+    // keeping it (as PERSIST or TRUNCATE would, with the removed visits inside).
+    if (!*wal) {
+        if (const int rc = run(db, "PRAGMA journal_mode=DELETE"); rc != SQLITE_OK) {
+            return std::unexpected(held.failure(rc));
+        }
+    }
     // The write lock is taken first, so a browser holding the database costs one short wait and changes nothing.
-    if (!run(db, "BEGIN IMMEDIATE")) {
-        return;
+    if (const int rc = run(db, "BEGIN IMMEDIATE"); rc != SQLITE_OK) {
+        return std::unexpected(held.failure(rc));
     }
-    const auto likeLimit = static_cast<std::size_t>(sqlite3_limit(db, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1));
-    std::vector<std::string> plain;
-    FoundIds found;
-    for (const std::string& word : words) {
-        if (isPlainWord(word, likeLimit)) {
-            plain.push_back(word);
+    const auto rollBack = [&](int rc) {
+        DatabaseFailure failure = held.failure(rc);
+        run(db, "ROLLBACK");
+        return std::unexpected(std::move(failure));
+    };
+    const std::expected<std::vector<std::int64_t>, int> found = matchingRows(db, history, matcher);
+    if (!found) {
+        return rollBack(found.error());
+    }
+    Purged purged;
+    if (!found->empty()) {
+        int rc = SQLITE_OK;
+        const Statement remove = prepare(db, std::string("DELETE FROM ") + history.table + " WHERE rowid = ?1", rc);
+        if (!remove) {
+            return rollBack(rc);
         }
-    }
-    findPlainWords(db, history, plain, found);
-    for (const std::string& word : words) {
-        if (!isPlainWord(word, likeLimit)) {
-            findByQuery(db, history, word, found);
-        }
-    }
-    if (!found.ids().empty()) {
-        // The statement text the purge has always used, 39 blanks included, with the id as a parameter.
-        const Statement remove =
-            prepare(db, std::string("DELETE FROM ") + history.table + std::string(39, ' ') + "WHERE id = ?1");
-        for (const int id : found.ids()) {
-            if (!remove) {
-                break;
+        for (const std::int64_t row : *found) {
+            sqlite3_bind_int64(remove.get(), 1, row);
+            if (rc = sqlite3_step(remove.get()); rc != SQLITE_DONE) {
+                return rollBack(rc);
             }
-            sqlite3_bind_int(remove.get(), 1, id);
-            sqlite3_step(remove.get());
+            purged.rows += sqlite3_changes64(db);
             sqlite3_reset(remove.get());
         }
     }
-    if (!run(db, "COMMIT")) {
-        run(db, "ROLLBACK");
-        return;
+    if (const int rc = run(db, "COMMIT"); rc != SQLITE_OK) {
+        return rollBack(rc);
     }
-    if (!found.ids().empty() && isWalDatabase(db)) {
-        // Old copies of the removed rows' pages stay in the log until it is copied back and cut to nothing.
-        run(db, "PRAGMA wal_checkpoint(TRUNCATE)");
+    if (purged.rows > 0 && *wal) {
+        // Old copies of the removed rows' pages stay in the log, and in the database's own pages, until the log is
+        // copied back and cut to nothing; a reader's open snapshot holds that off.
+        int logFrames = 0;
+        int copiedFrames = 0;
+        const int rc = sqlite3_wal_checkpoint_v2(db, "main", SQLITE_CHECKPOINT_TRUNCATE, &logFrames, &copiedFrames);
+        purged.stillReadable = rc != SQLITE_OK || logFrames != 0;
     }
-}
-
-std::string joinComponents(const std::string& base, const std::vector<std::string>& components) {
-    std::string path = base == "/" ? "" : base;
-    for (const std::string& component : components) {
-        path.push_back('/');
-        path.append(component);
-    }
-    return path;
+    return purged;
 }
 
 std::string folderOf(const std::string& path) {
@@ -219,73 +177,75 @@ std::string folderOf(const std::string& path) {
     return slash == std::string::npos ? std::string() : folder.substr(0, slash == 0 ? 1 : slash);
 }
 
-bool isFolder(const std::string& path) {
-    struct stat st {};
-    return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+// Purges a database that opened; the connection closes when this returns. With no words there is nothing to look
+// for, which is done at once.
+std::expected<Purged, DatabaseFailure> purgeDatabase(HeldDatabase database, const HistoryTable& history,
+                                                     const AdultWords& words) {
+    if (!words || words->matcher().empty()) {
+        return Purged{};
+    }
+    return purgeOpenDatabase(database, history, words->matcher());
 }
 
-bool isMissing(const std::string& path) {
-    struct stat st {};
-    return ::lstat(path.c_str(), &st) != 0 && errno == ENOENT;
-}
-
-enum class Opening { Opened, Missing, Failed };
-
-// Opens the database in place, by the file URL of its path, without creating it. The granted folder is written
-// as the folder it really is and no link below it is followed, so the database changed is the one inside it.
-Opening openInPlace(const FileUrl& path, const DeletionBoundary& boundary, Database& db) {
-    const std::optional<std::vector<std::string>> inside = boundary.componentsInside(path.path);
-    if (!inside) {
-        return Opening::Failed;
+CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path, const PurgeContext& context) {
+    CleanOutcome outcome;
+    const std::optional<std::vector<std::string>> components = context.boundary.componentsInside(path.path);
+    if (!components) {
+        outcome.left.push_back({path.path, LeftReason::OutsideBoundary, {}});
+        return outcome;
     }
-    char* real = ::realpath(boundary.grantedFolder().c_str(), nullptr);
-    if (real == nullptr) {
-        return Opening::Failed;
+    Reach failure = Reach::Missing;
+    const UniqueFd folder = context.boundary.openFolder(std::span(*components).first(components->size() - 1), failure);
+    if (!folder.valid()) {
+        // A browser that never ran has no folder: there is nothing to purge, and nothing to say.
+        if (failure != Reach::Missing) {
+            outcome.left.push_back({path.path, leftReasonFor(failure, LeftReason::CannotOpen), {}});
+        }
+        return outcome;
     }
-    const std::string where = joinComponents(real, *inside);
-    std::free(real); // NOLINT: realpath allocates with malloc
-    sqlite3* opened = nullptr;
-    const int rc = sqlite3_open_v2(FileUrl{where}.text().c_str(), &opened,
-                                   SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI | SQLITE_OPEN_NOFOLLOW, nullptr);
-    db.reset(opened);
-    if (rc == SQLITE_OK) {
-        return Opening::Opened;
+    std::expected<HeldDatabase, DatabaseFailure> opened = HeldDatabase::open(folder.get(), components->back());
+    // A database missing from an existing folder counts as empty: the purge has nothing to do.
+    bool done = !opened && opened.error().missing;
+    if (!opened && !done) {
+        outcome.left.push_back({path.path, opened.error().reason, std::move(opened.error().detail)});
+        return outcome;
     }
-    db.reset();
-    // Opening with creation would have made an empty database here, which finds nothing.
-    return isMissing(where) && isFolder(folderOf(where)) ? Opening::Missing : Opening::Failed;
-}
-
-void deleteAdultHistory(const HistoryTable& history, const FileUrl& path, const PurgeContext& context) {
-    Database db;
-    const Opening opening = openInPlace(path, context.boundary, db);
-    if (opening == Opening::Failed) {
-        return;
+    if (opened) {
+        const std::expected<Purged, DatabaseFailure> purged = purgeDatabase(std::move(*opened), history, context.words);
+        if (!purged) {
+            outcome.left.push_back({path.path, purged.error().reason, purged.error().detail});
+        } else {
+            done = true;
+            outcome.purged.push_back({path.path, purged->rows});
+            if (purged->stillReadable) {
+                outcome.left.push_back({path.path, LeftReason::StillReadable, {}});
+            }
+        }
     }
-    if (opening == Opening::Opened && context.words) {
-        purgeOpenDatabase(db.get(), history, *context.words);
-    }
-    db.reset();
     if (history.sessionFiles) {
-        const std::string folder = folderOf(path.path);
-        removeItem(context.boundary, joinPath(folder, "Current Session"));
-        removeItem(context.boundary, joinPath(folder, "Current Tabs"));
+        const std::string profile = folderOf(path.path);
+        for (const char* name : {"Current Session", "Current Tabs"}) {
+            removeInto(outcome, context.boundary, FileUrl{joinPath(profile, name)});
+        }
     }
-    logLine(context.mode == CleanMode::Interactive ? history.logFromWindow : history.logFromHourlyPurge);
+    if (done) {
+        logLine(context.mode == CleanMode::Interactive ? history.logFromWindow : history.logFromHourlyPurge);
+    }
+    return outcome;
 }
 
 } // namespace
 
-void deleteSafariAdultHistory(const FileUrl& path, const PurgeContext& context) {
-    deleteAdultHistory(kSafariHistory, path, context);
+CleanOutcome deleteSafariAdultHistory(const FileUrl& path, const PurgeContext& context) {
+    return deleteAdultHistory(kSafariHistory, path, context);
 }
 
-void deleteChromeAdultHistory(const FileUrl& path, const PurgeContext& context) {
-    deleteAdultHistory(kChromeHistory, path, context);
+CleanOutcome deleteChromeAdultHistory(const FileUrl& path, const PurgeContext& context) {
+    return deleteAdultHistory(kChromeHistory, path, context);
 }
 
-void deleteFireFoxAdultHistory(const FileUrl& path, const PurgeContext& context) {
-    deleteAdultHistory(kFirefoxHistory, path, context);
+CleanOutcome deleteFireFoxAdultHistory(const FileUrl& path, const PurgeContext& context) {
+    return deleteAdultHistory(kFirefoxHistory, path, context);
 }
 
 } // namespace tidewell

@@ -4,6 +4,7 @@
 
 #include "catalogue/file_url.hpp"
 #include "cleaning/adult_words.hpp"
+#include "cleaning/clean_outcome.hpp"
 #include "cleaning/safe_remove.hpp"
 
 namespace tidewell {
@@ -22,34 +23,39 @@ struct PurgeContext {
 };
 
 // The three routines of the adult-history purge. Each is given the file URL of a browser's history database
-// (an item's "Path") and removes from the browser's table of visited URLs every row whose URL contains a word
-// of the list, the case of ASCII letters aside, exactly as one query "url LIKE '%word%'" per word followed by
-// one "DELETE ... WHERE id = N" per row found would:
-// - a word with "%" or "_" acts as a pattern, a word with an apostrophe finds nothing, the empty word finds every
-//   row whose URL is text (or a number); NULL and BLOB URLs are never found, and text after a NUL is not looked at;
-// - a row is named by its first column read as a 32-bit integer, so an id above 2147483647 does not reach its
-//   row, and its low 32 bits may name another row, which goes instead;
+// (an item's "Path") and removes from the browser's table of visited URLs exactly the rows whose URL holds a word
+// of the list as literal text, the case of ASCII letters aside:
+// - "%", "_", "'", "\" and '"' are ordinary characters, and bytes beyond ASCII compare as they are; the empty word
+//   matches nothing; a URL is its text (a number as its text, a BLOB as its bytes where this SQLite's LIKE reads
+//   them) up to its first NUL byte, and a NULL URL never matches;
+// - a row is named by its 64-bit row id, so it is that row and no other that goes;
 // - only that one table changes.
-// The deletions of one database are made in one transaction with secure deletion on, and a database in WAL
-// mode is checkpointed and its log truncated afterwards, so no removed URL can be read back from either file.
+// The deletions of one database are one transaction with secure deletion on; a rollback journal is removed at the
+// commit, and a database in WAL mode is checkpointed and its log truncated afterwards, so no removed URL can be
+// read back from its files.
 //
-// The database is opened in place by its file URL, never created. One outside the boundary, or reached through
-// a link below the granted folder, is not opened. A database that cannot be opened is passed over silently; one
-// that is missing from an existing folder counts as empty. A database that its browser holds locked is left as
-// it was after at most kHistoryBusyTimeout of waiting. The purge's deletions are one transaction: a database
-// SQLite finds damaged refuses the commit and is left as it was, and a purge killed at any moment leaves the
-// database either as before or as after it. Each routine then logs its text: "Safari Deleted", "Chrome Deleted",
-// and for Firefox "Chrome Deleted" from the window and "Firefox Deleted" from the hourly purge.
+// The database is reached below the boundary through its held folder (see HeldDatabase): never outside it, never
+// through a link, never created, and only while it and every journal beside it is a regular file with one link.
+// A database that is missing from an existing folder counts as empty. One that is left as it was (outside the
+// boundary, behind a link, not a plain file, locked by its browser for longer than kHistoryBusyTimeout, damaged,
+// read-only) is named in the outcome with the reason, and so is a WAL database whose removed visits another
+// program's open snapshot keeps readable for now. A purge killed at any moment leaves the database either as
+// before or as after it.
+//
+// Each routine logs its text when its purge was committed or had nothing to do: "Safari Deleted", "Chrome
+// Deleted", and for Firefox "Chrome Deleted" from the window and "Firefox Deleted" from the hourly purge. A purge
+// that left its database as it was logs nothing of the kind: the outcome says why instead.
 
 /// How long a purge waits for a browser's lock on its history database before it leaves the database alone.
 inline constexpr std::chrono::milliseconds kHistoryBusyTimeout{1500};
 
 /// Safari: `history_items`.
-void deleteSafariAdultHistory(const FileUrl& path, const PurgeContext& context);
+CleanOutcome deleteSafariAdultHistory(const FileUrl& path, const PurgeContext& context);
 /// Chrome: `urls`; afterwards "Current Session" and "Current Tabs" beside the database are removed, whether or
-/// not a row matched (also when the database is missing), through the same boundary as every removal.
-void deleteChromeAdultHistory(const FileUrl& path, const PurgeContext& context);
+/// not a row matched (also when the database is missing), through the same boundary as every removal, as long as
+/// the database's folder was reached and the database could be opened or was missing.
+CleanOutcome deleteChromeAdultHistory(const FileUrl& path, const PurgeContext& context);
 /// Firefox: `moz_places`.
-void deleteFireFoxAdultHistory(const FileUrl& path, const PurgeContext& context);
+CleanOutcome deleteFireFoxAdultHistory(const FileUrl& path, const PurgeContext& context);
 
 } // namespace tidewell

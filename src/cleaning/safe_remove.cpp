@@ -5,61 +5,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <set>
+#include <span>
 
 #include "catalogue/folders.hpp"
 
 namespace tidewell {
-
-std::optional<std::vector<std::string>> normalisedComponents(std::string_view path) {
-    if (path.empty() || path.front() != '/') {
-        return std::nullopt;
-    }
-    std::vector<std::string> components;
-    std::size_t start = 0;
-    while (start <= path.size()) {
-        const std::size_t slash = std::min(path.find('/', start), path.size());
-        const std::string_view component = path.substr(start, slash - start);
-        if (component == "..") {
-            if (!components.empty()) {
-                components.pop_back();
-            }
-        } else if (!component.empty() && component != ".") {
-            components.emplace_back(component);
-        }
-        start = slash + 1;
-    }
-    return components;
-}
-
-DeletionBoundary::DeletionBoundary(std::string_view grantedFolder) {
-    if (auto components = normalisedComponents(grantedFolder)) {
-        m_grantedComponents = std::move(*components);
-        m_valid = true;
-    }
-    for (const std::string& component : m_grantedComponents) {
-        m_granted.push_back('/');
-        m_granted.append(component);
-    }
-    if (m_valid && m_granted.empty()) {
-        m_granted.push_back('/');
-    }
-}
-
-std::optional<std::vector<std::string>> DeletionBoundary::componentsInside(std::string_view target) const {
-    if (!m_valid) {
-        return std::nullopt;
-    }
-    std::optional<std::vector<std::string>> components = normalisedComponents(target);
-    if (!components || components->size() <= m_grantedComponents.size() ||
-        !std::equal(m_grantedComponents.begin(), m_grantedComponents.end(), components->begin())) {
-        return std::nullopt;
-    }
-    components->erase(components->begin(),
-                      components->begin() + static_cast<std::ptrdiff_t>(m_grantedComponents.size()));
-    return components;
-}
 
 namespace {
 
@@ -89,51 +42,12 @@ void betweenCheckAndOpen(int parentFd, const std::string& name) {
     }
 }
 
-// Where the granted folder lives: its file system and, where the system tells, the mount it is reached through.
-// A folder of the same file system mounted a second time inside a ticked folder (a bind mount of a folder from
-// elsewhere) has the same device but its own mount, and what lies there is not ours to remove.
-class GrantedMount {
-public:
-    explicit GrantedMount(int grantedFd) {
-        struct stat st {};
-        m_valid = ::fstat(grantedFd, &st) == 0;
-        m_dev = st.st_dev;
-        m_mountId = mountIdOf(grantedFd);
-    }
-
-    [[nodiscard]] bool valid() const { return m_valid; }
-    [[nodiscard]] dev_t device() const { return m_dev; }
-
-    // Whether the folder open at fd is on the granted folder's own mount.
-    [[nodiscard]] bool holds(int fd) const {
-        struct stat st {};
-        if (::fstat(fd, &st) != 0 || st.st_dev != m_dev) {
-            return false;
-        }
-        return !m_mountId || mountIdOf(fd) == m_mountId;
-    }
-
-private:
-    static std::optional<std::uint64_t> mountIdOf(int fd) {
-        struct statx sx {};
-        if (::statx(fd, "", AT_EMPTY_PATH | AT_SYMLINK_NOFOLLOW, STATX_MNT_ID, &sx) != 0 ||
-            (sx.stx_mask & STATX_MNT_ID) == 0) {
-            return std::nullopt;
-        }
-        return sx.stx_mnt_id;
-    }
-
-    bool m_valid = false;
-    dev_t m_dev = 0;
-    std::optional<std::uint64_t> m_mountId;
-};
-
 // Empties a folder depth first and removes it. The folder is entered only through descriptors opened without
 // following links, each checked to be the folder that was looked at, and never on another file system or mount
 // than the granted folder's.
 class TreeRemover {
 public:
-    TreeRemover(int parentFd, const GrantedMount& mount) : m_parentFd(parentFd), m_mount(mount) {}
+    TreeRemover(int parentFd, const HeldFolder& mount) : m_parentFd(parentFd), m_mount(mount) {}
     TreeRemover(const TreeRemover&) = delete;
     TreeRemover& operator=(const TreeRemover&) = delete;
     ~TreeRemover() {
@@ -151,7 +65,7 @@ public:
             // A folder that cannot be read may still be empty and removable.
             return ::unlinkat(m_parentFd, name.c_str(), AT_REMOVEDIR) == 0;
         }
-        if (!sameFolder(fd, seen.st_dev, seen.st_ino) || !m_mount.holds(fd) ||
+        if (!sameFolder(fd, seen.st_dev, seen.st_ino) || !m_mount.onHeldMount(fd) ||
             !push(fd, seen.st_dev, seen.st_ino, name)) {
             ::close(fd);
             return false;
@@ -215,7 +129,7 @@ private:
             }
             return true;
         }
-        if (!sameFolder(childFd, st.st_dev, st.st_ino) || !m_mount.holds(childFd) ||
+        if (!sameFolder(childFd, st.st_dev, st.st_ino) || !m_mount.onHeldMount(childFd) ||
             !push(childFd, st.st_dev, st.st_ino, name)) {
             ::close(childFd);
             top.kept.insert(name);
@@ -275,7 +189,7 @@ private:
     }
 
     int m_parentFd;
-    const GrantedMount& m_mount;
+    const HeldFolder& m_mount;
     std::vector<Level> m_levels;
     std::size_t m_open = 0;
     bool m_removedTop = false;
@@ -283,40 +197,69 @@ private:
 
 } // namespace
 
-bool removeItem(const DeletionBoundary& boundary, std::string_view target) {
-    const std::optional<std::vector<std::string>> components = boundary.componentsInside(target);
+LeftReason leftReasonFor(Reach reach, LeftReason otherwise) {
+    switch (reach) {
+    case Reach::Outside:
+        return LeftReason::OutsideBoundary;
+    case Reach::ThroughLink:
+        return LeftReason::BehindLink;
+    case Reach::OtherMount:
+        return LeftReason::OtherMount;
+    case Reach::Missing:
+    case Reach::Unreadable:
+        break;
+    }
+    return otherwise;
+}
+
+Removal removeItem(const DeletionBoundary& boundary, const FileUrl& location) {
+    const auto leave = [](LeftReason reason) { return Removal{false, reason}; };
+    const std::optional<std::vector<std::string>> components = boundary.componentsInside(location.path);
     if (!components) {
-        return false;
+        return leave(LeftReason::OutsideBoundary);
     }
-    // The granted folder itself may be reached through a link (it is what the user granted); nothing below it is.
-    UniqueFd folder(::open(boundary.grantedFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (!folder.valid()) {
-        return false;
-    }
-    const GrantedMount granted(folder.get());
-    if (!granted.valid()) {
-        return false;
-    }
-    for (std::size_t i = 0; i + 1 < components->size(); ++i) {
-        UniqueFd next(::openat(folder.get(), (*components)[i].c_str(), kFolderFlags));
-        if (!next.valid() || !granted.holds(next.get())) {
-            return false;
+    if (!location.within.empty()) {
+        // An extension's location goes only from inside its own extensions folder, never the folder itself.
+        const std::optional<std::vector<std::string>> folder = boundary.componentsInside(location.within);
+        if (!folder || components->size() <= folder->size() ||
+            !std::equal(folder->begin(), folder->end(), components->begin())) {
+            return leave(LeftReason::OutsideOwnFolder);
         }
-        folder = std::move(next);
+    }
+    Reach failure = Reach::Missing;
+    const UniqueFd parent = boundary.openFolder(std::span(*components).first(components->size() - 1), failure);
+    if (!parent.valid()) {
+        return failure == Reach::Missing ? Removal{} : leave(leftReasonFor(failure, LeftReason::NotRemovable));
     }
     const std::string& last = components->back();
     struct stat st {};
-    if (::fstatat(folder.get(), last.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-        return false;
+    if (::fstatat(parent.get(), last.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+        return errno == ENOENT ? Removal{} : leave(LeftReason::NotRemovable);
     }
     if (!S_ISDIR(st.st_mode)) {
-        return ::unlinkat(folder.get(), last.c_str(), 0) == 0;
+        if (::unlinkat(parent.get(), last.c_str(), 0) == 0 || errno == ENOENT) {
+            return Removal{true, std::nullopt};
+        }
+        return leave(LeftReason::NotRemovable);
     }
-    if (st.st_dev != granted.device()) {
-        return false;
+    if (st.st_dev != boundary.device()) {
+        return leave(LeftReason::OtherMount);
     }
-    TreeRemover remover(folder.get(), granted);
-    return remover.remove(last, st);
+    TreeRemover remover(parent.get(), boundary);
+    return remover.remove(last, st) ? Removal{true, std::nullopt} : leave(LeftReason::NotRemovable);
+}
+
+Removal removeItem(const DeletionBoundary& boundary, std::string_view target) {
+    return removeItem(boundary, FileUrl{std::string(target)});
+}
+
+void removeInto(CleanOutcome& outcome, const DeletionBoundary& boundary, const FileUrl& location) {
+    const Removal removal = removeItem(boundary, location);
+    if (removal.left) {
+        outcome.left.push_back({location.path, *removal.left, {}});
+    } else if (removal.removed) {
+        outcome.removed.push_back(location.path);
+    }
 }
 
 void setRemovalRaceHook(RemovalRaceHook hook) {

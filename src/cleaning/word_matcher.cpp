@@ -1,100 +1,166 @@
 #include "cleaning/word_matcher.hpp"
 
-#include <deque>
+#include <algorithm>
 #include <limits>
+#include <stdexcept>
 
 namespace tidewell {
 
 namespace {
 
-constexpr std::uint32_t kNone = std::numeric_limits<std::uint32_t>::max();
+std::uint8_t foldAscii(char c) {
+    const auto byte = static_cast<std::uint8_t>(c);
+    return byte >= 'A' && byte <= 'Z' ? static_cast<std::uint8_t>(byte - 'A' + 'a') : byte;
+}
 
-unsigned char foldAscii(unsigned char byte) {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<unsigned char>(byte - 'A' + 'a') : byte;
+// The words to build from: folded, sorted, each once, and without those that begin with another word, whose
+// matches the shorter word already finds. Sorted, a word and all that begin with it lie together, so comparing
+// with the last word kept is enough.
+std::vector<std::string> wordsToBuild(const std::vector<std::string>& words) {
+    std::vector<std::string> folded;
+    folded.reserve(words.size());
+    for (const std::string& word : words) {
+        if (word.empty()) {
+            continue;
+        }
+        std::string copy(word.size(), '\0');
+        std::ranges::transform(word, copy.begin(), [](char c) { return static_cast<char>(foldAscii(c)); });
+        folded.push_back(std::move(copy));
+    }
+    std::ranges::sort(folded);
+    std::vector<std::string> kept;
+    for (std::string& word : folded) {
+        if (kept.empty() || !word.starts_with(kept.back())) {
+            kept.push_back(std::move(word));
+        }
+    }
+    return kept;
+}
+
+// The trie's size: each word adds the nodes below its common beginning with the word before it.
+std::size_t nodeCount(const std::vector<std::string>& words) {
+    std::size_t nodes = 1;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+        std::size_t common = 0;
+        if (i > 0) {
+            const auto [a, b] = std::ranges::mismatch(words[i - 1], words[i]);
+            common = static_cast<std::size_t>(a - words[i - 1].begin());
+        }
+        nodes += words[i].size() - common;
+    }
+    return nodes;
 }
 
 } // namespace
 
 WordMatcher::WordMatcher(const std::vector<std::string>& words) {
-    // Each byte the words hold gets a class of its own; an upper-case letter shares its lower-case letter's.
-    for (const std::string& word : words) {
-        for (const char c : word) {
-            const unsigned char folded = foldAscii(static_cast<unsigned char>(c));
-            if (m_class[folded] == 0) {
-                m_class[folded] = static_cast<std::uint16_t>(m_classes++);
-            }
-        }
+    std::vector<std::string> sorted = wordsToBuild(words);
+    const std::size_t nodes = nodeCount(sorted);
+    if (nodes >= std::numeric_limits<std::uint32_t>::max()) {
+        throw std::length_error("word list too large for the matcher");
     }
-    for (unsigned byte = 'A'; byte <= 'Z'; ++byte) {
-        m_class[byte] = m_class[byte - 'A' + 'a'];
-    }
+    m_label.assign(nodes, 0);
+    m_firstChild.assign(nodes + 1, 0);
+    m_final.assign(nodes / 64 + 1, 0);
 
-    // The trie of the words.
-    m_next.assign(m_classes, kNone);
-    m_final.assign(1, 0);
-    for (const std::string& word : words) {
-        if (word.empty()) {
-            continue;
-        }
-        m_empty = false;
-        std::uint32_t state = 0;
-        for (const char c : word) {
-            const std::size_t slot = state * m_classes + m_class[static_cast<unsigned char>(c)];
-            if (m_next[slot] == kNone) {
-                m_next[slot] = static_cast<std::uint32_t>(m_final.size());
-                m_final.push_back(0);
-                m_next.resize(m_next.size() + m_classes, kNone);
+    // The trie breadth first, one level at a time: a node stands for the words (a range of the sorted list) that
+    // share its text; its children split that range by the next byte. A node whose range is one word that ends
+    // here is final and has no children.
+    struct Range {
+        std::uint32_t first;
+        std::uint32_t end;
+    };
+    std::vector<Range> level{{0, static_cast<std::uint32_t>(sorted.size())}};
+    std::uint32_t levelStart = 0;
+    std::uint32_t next = 1;
+    for (std::size_t depth = 0; !level.empty(); ++depth) {
+        std::vector<Range> below;
+        for (std::uint32_t k = 0; k < level.size(); ++k) {
+            const std::uint32_t node = levelStart + k;
+            m_firstChild[node] = next;
+            const Range range = level[k];
+            if (range.end - range.first == 1 && sorted[range.first].size() == depth) {
+                m_final[node / 64] |= std::uint64_t{1} << (node % 64);
+                continue;
             }
-            state = m_next[slot];
+            for (std::uint32_t i = range.first; i < range.end;) {
+                const char byte = sorted[i][depth];
+                std::uint32_t j = i;
+                while (j < range.end && sorted[j][depth] == byte) {
+                    ++j;
+                }
+                m_label[next++] = static_cast<std::uint8_t>(byte);
+                below.push_back({i, j});
+                i = j;
+            }
         }
-        m_final[state] = 1;
+        levelStart += static_cast<std::uint32_t>(level.size());
+        level = std::move(below);
     }
+    m_firstChild[nodes] = next;
+    sorted = {};
 
-    // Breadth first, every missing step becomes the step of the longest suffix that is also a prefix, so the
-    // matcher never goes back in the text.
-    std::vector<std::uint32_t> fallback(m_final.size(), 0);
-    std::deque<std::uint32_t> queue;
-    for (std::size_t c = 0; c < m_classes; ++c) {
-        std::uint32_t& next = m_next[c];
-        if (next == kNone) {
-            next = 0;
-        } else {
-            queue.push_back(next);
-        }
-    }
-    while (!queue.empty()) {
-        const std::uint32_t state = queue.front();
-        queue.pop_front();
-        const std::uint32_t back = fallback[state];
-        m_final[state] = static_cast<std::uint8_t>(m_final[state] | m_final[back]);
-        for (std::size_t c = 0; c < m_classes; ++c) {
-            std::uint32_t& next = m_next[state * m_classes + c];
-            const std::uint32_t viaBack = m_next[back * m_classes + c];
-            if (next == kNone) {
-                next = viaBack;
-            } else {
-                fallback[next] = viaBack;
-                queue.push_back(next);
+    // Failure links in the same order: a node's link is found from its parent's, which comes earlier.
+    m_fail.assign(nodes, 0);
+    for (std::uint32_t node = 0; node < nodes; ++node) {
+        for (std::uint32_t child = m_firstChild[node]; child < m_firstChild[node + 1]; ++child) {
+            std::uint32_t fail = 0;
+            if (node != 0) {
+                for (std::uint32_t back = m_fail[node];; back = m_fail[back]) {
+                    if (const std::uint32_t step = childOf(back, m_label[child]); step != kNone) {
+                        fail = step;
+                        break;
+                    }
+                    if (back == 0) {
+                        break;
+                    }
+                }
+            }
+            m_fail[child] = fail;
+            if (isFinal(fail)) {
+                m_final[child / 64] |= std::uint64_t{1} << (child % 64);
             }
         }
+    }
+    for (unsigned byte = 0; byte < 256; ++byte) {
+        m_fromRoot[byte] = childOf(0, foldAscii(static_cast<char>(byte)));
     }
 }
 
+std::uint32_t WordMatcher::childOf(std::uint32_t node, std::uint8_t byte) const {
+    const auto first = m_label.begin() + m_firstChild[node];
+    const auto end = m_label.begin() + m_firstChild[node + 1];
+    const auto found = std::lower_bound(first, end, byte);
+    return found != end && *found == byte ? static_cast<std::uint32_t>(found - m_label.begin()) : kNone;
+}
+
 bool WordMatcher::matchesAny(std::string_view text) const {
-    if (m_empty) {
+    if (empty()) {
         return false;
     }
-    const std::uint32_t* next = m_next.data();
-    const std::uint8_t* final = m_final.data();
-    const std::size_t classes = m_classes;
     std::uint32_t state = 0;
     for (const char c : text) {
-        state = next[state * classes + m_class[static_cast<unsigned char>(c)]];
-        if (final[state] != 0) {
+        const std::uint8_t byte = foldAscii(c);
+        while (state != 0) {
+            if (const std::uint32_t step = childOf(state, byte); step != kNone) {
+                state = step;
+                break;
+            }
+            state = m_fail[state];
+        }
+        if (state == 0) {
+            state = m_fromRoot[static_cast<std::uint8_t>(c)];
+        }
+        if (isFinal(state)) {
             return true;
         }
     }
     return false;
+}
+
+std::size_t WordMatcher::memoryBytes() const {
+    return sizeof(*this) + m_label.capacity() + m_firstChild.capacity() * sizeof(std::uint32_t) +
+           m_fail.capacity() * sizeof(std::uint32_t) + m_final.capacity() * sizeof(std::uint64_t);
 }
 
 } // namespace tidewell

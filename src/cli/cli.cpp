@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <map>
+#include <optional>
 #include <ostream>
 
 #include "cli/command.hpp"
@@ -30,6 +31,24 @@ private:
     LogSink m_previous;
 };
 
+// The command a run names: the first argument that is not a global option or its value. Nothing when there is
+// none, or when the run only asks for help or the version.
+std::optional<std::string> namedCommand(const std::vector<std::string>& args) {
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        if (arg == "--root" || arg == "--user") {
+            ++i;
+        } else if (arg.starts_with("-")) {
+            if (arg == "--help" || arg == "-h" || arg == "--help-all" || arg == "--version") {
+                return std::nullopt;
+            }
+        } else {
+            return arg;
+        }
+    }
+    return std::string();
+}
+
 // CLI11 words its messages for a terminal; one line is enough here.
 std::string oneLine(std::string message) {
     for (char& c : message) {
@@ -48,6 +67,10 @@ std::string oneLine(std::string message) {
 int reportUsageError(CliIo& io, std::string_view message) {
     io.err << kProgram << ": " << message << '\n';
     return kExitUsage;
+}
+
+void reportLeft(CliIo& io, const LeftAsItWas& left) {
+    io.err << kProgram << ": " << describe(left) << '\n' << std::flush;
 }
 
 const RunningApplications& runningApplications(CliIo& io, std::unique_ptr<RunningApplications>& owned) {
@@ -88,6 +111,19 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
     add(addPurgeCommand);
     add(addScheduleCommand);
 
+    // An unknown or missing command is named, with the commands there are, before CLI11 words it otherwise.
+    std::string commands;
+    bool known = false;
+    const std::optional<std::string> named = namedCommand(args);
+    for (const CLI::App* command : app.get_subcommands({})) {
+        commands += (commands.empty() ? "" : ", ") + command->get_name();
+        known = known || (named && command->get_name() == *named);
+    }
+    if (named && !known) {
+        return reportUsageError(io, named->empty() ? "no command given; the commands are: " + commands
+                                                   : "unknown command '" + *named + "'; the commands are: " + commands);
+    }
+
     std::vector<std::string> reversed(args.rbegin(), args.rend());
     try {
         app.parse(reversed);
@@ -107,6 +143,9 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
     const auto disk = DiskRoot::make(rootDir, user);
     if (!disk) {
         return reportUsageError(io, disk.error());
+    }
+    if (const auto home = disk->checkHome(); !home) {
+        return reportUsageError(io, home.error().message);
     }
     CommandContext context{*disk, io};
     for (const CLI::App* used : app.get_subcommands()) {

@@ -36,6 +36,7 @@ enum ExitCode : int {
     kExitUsage = 2,
     kExitBrowsersRunning = 3, // a browser whose data is to go still runs; nothing was deleted
     kExitDeclined = 4,        // the confirmation was not answered yes; nothing was deleted
+    kExitLeft = 5,            // finished; some ticked locations were left as they were (each named on `err`)
 };
 
 /// Runs `tidewell-cli` with its arguments (without the program name) and returns its exit status.

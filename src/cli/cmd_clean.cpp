@@ -21,9 +21,10 @@ namespace {
 constexpr std::chrono::seconds kRetryInterval{2};
 
 // The confirmation, asked of a person at a terminal; anything but "y" or "yes" (in any case) is No, and so is
-// the lack of a terminal.
+// the lack of a terminal, which is said.
 bool askOnTerminal(CliIo& io) {
     if (!io.interactive) {
+        io.err << "tidewell-cli: nothing was cleaned: there is no terminal to confirm on; --yes answers yes\n";
         return false;
     }
     io.err << "Are you sure you want to erase selected privacy data? [y/N] " << std::flush;
@@ -106,8 +107,11 @@ CommandRunner addCleanCommand(CLI::App& app) {
             } while (!tryAgain(&sections, context.disk, running, panel));
         }
 
+        // The home is resolved once for the clean and held: every location is reached below that open folder.
         CleaningEngine engine(CleanMode::Interactive, DeletionBoundary(context.disk.homePath()), loadAdultWords());
+        engine.setLeftReporter([&io](const LeftAsItWas& left) { reportLeft(io, left); });
         engine.cleanSelected(session.catalogue().snapshot());
+        const bool leftSomething = engine.joinAll().leftAnything();
 
         showing = true;
         session.scan();
@@ -116,7 +120,7 @@ CommandRunner addCleanCommand(CLI::App& app) {
         } else {
             printTotal(io.out, session.driver().measuredBytes(), session.catalogue().size());
         }
-        return static_cast<int>(kExitOk);
+        return static_cast<int>(leftSomething ? kExitLeft : kExitOk);
     };
 }
 

@@ -31,7 +31,7 @@ CommandRunner addExtensionsCommand(CLI::App& app) {
 
     return [json](CommandContext& context) {
         std::ostream& out = context.io.out;
-        SizeCounter sizes;
+        SizeCounter sizes(SizeCounter::defaultWorkers(), {}, HeldFolder(context.disk.homePath()));
         const std::optional<RecordList> chrome = PrivacyScan::getChromeExtantionList(context.disk, sizes);
         const RecordList firefox = PrivacyScan::getFirefoxExtantionList(context.disk, sizes);
         const UrlList safari = PrivacyScan::getSafariExtantionList(context.disk);

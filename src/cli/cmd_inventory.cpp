@@ -26,13 +26,7 @@ CommandRunner addInventoryCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
         "inventory", "List launch agents, launch daemons, application support folders or applications");
     auto kind = std::make_shared<std::string>();
-    std::vector<std::string> names;
-    for (const Listing& listing : kListings) {
-        names.emplace_back(listing.name);
-    }
-    command->add_option("what", *kind, "launch-agents, launch-daemons, app-support or apps")
-        ->required()
-        ->check(CLI::IsMember(names));
+    command->add_option("what", *kind, "launch-agents, launch-daemons, app-support or apps");
     auto json = std::make_shared<bool>(false);
     command->add_flag("--json", *json, "Print the listing as a JSON array of file URLs");
 
@@ -52,7 +46,13 @@ CommandRunner addInventoryCommand(CLI::App& app) {
             }
             return static_cast<int>(kExitOk);
         }
-        return reportUsageError(context.io, "unknown inventory '" + *kind + "'");
+        std::string kinds;
+        for (const Listing& listing : kListings) {
+            kinds += (kinds.empty() ? "" : ", ") + std::string(listing.name);
+        }
+        return reportUsageError(context.io, kind->empty()
+                                                ? "inventory needs a kind: " + kinds
+                                                : "unknown inventory '" + *kind + "'; the kinds are: " + kinds);
     };
 }
 

@@ -1,9 +1,42 @@
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstring>
+#include <expected>
+
+#include "catalogue/folders.hpp"
 #include "cleaning/adult_history_section.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/cleaning_engine.hpp"
 #include "cli/command.hpp"
 
 namespace tidewell::cli {
+
+namespace {
+
+// A word list given by hand: its words, or why it is refused. One past its limits is refused whole, before it is
+// read further than its size.
+std::expected<std::vector<std::string>, std::string> readWordList(const std::string& path) {
+    const std::optional<std::string> contents =
+        path.find('\0') == std::string::npos ? readWholeFile(path, kMaxWordListBytes) : std::nullopt;
+    if (!contents) {
+        const int error = errno;
+        struct stat st {};
+        if (::stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode)) {
+            if (std::optional<std::string> refused = wordListSizePastLimit(static_cast<std::uint64_t>(st.st_size))) {
+                return std::unexpected(std::move(*refused));
+            }
+        }
+        return std::unexpected(std::string("cannot read the word list: ") + std::strerror(error != 0 ? error : EIO));
+    }
+    std::optional<std::vector<std::string>> words = readWordsText(*contents);
+    if (!words) {
+        return std::unexpected(whyWordsRefused(*contents));
+    }
+    return std::move(*words);
+}
+
+} // namespace
 
 CommandRunner addPurgeCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
@@ -18,18 +51,19 @@ CommandRunner addPurgeCommand(CLI::App& app) {
     return [command, wordsFile](CommandContext& context) {
         AdultWords words;
         if (command->count("--words") > 0) {
-            std::optional<std::vector<std::string>> read = readWordsFile(*wordsFile);
+            std::expected<std::vector<std::string>, std::string> read = readWordList(*wordsFile);
             if (!read) {
-                return reportUsageError(context.io, "cannot read a word list from '" + *wordsFile + "'");
+                // Nothing is purged with part of a list.
+                return reportUsageError(context.io, "'" + *wordsFile + "': " + read.error());
             }
             words = makeAdultWords(std::move(*read));
         }
         std::unique_ptr<RunningApplications> system;
         const RunningApplications& running = runningApplications(context.io, system);
         CleaningEngine engine(CleanMode::RealTime, DeletionBoundary(context.disk.homePath()));
+        engine.setLeftReporter([&context](const LeftAsItWas& left) { reportLeft(context.io, left); });
         addAdultContents(context.disk, running, engine, [&] { return words ? words : loadAdultWords(); });
-        engine.joinAll();
-        return static_cast<int>(kExitOk);
+        return static_cast<int>(engine.joinAll().leftAnything() ? kExitLeft : kExitOk);
     };
 }
 

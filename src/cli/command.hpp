@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "catalogue/disk_root.hpp"
+#include "cleaning/clean_outcome.hpp"
 #include "cli/cli.hpp"
 
 namespace tidewell::cli {
@@ -37,5 +38,8 @@ const RunningApplications& runningApplications(CliIo& io, std::unique_ptr<Runnin
 /// Prints a usage error found after parsing (a PATH that names nothing, say) as one line on the error stream and
 /// returns the usage exit status.
 int reportUsageError(CliIo& io, std::string_view message);
+
+/// Names, on the error stream, a location or database a clean or purge left as it was, and why, one line each.
+void reportLeft(CliIo& io, const LeftAsItWas& left);
 
 } // namespace tidewell::cli

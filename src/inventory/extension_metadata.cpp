@@ -67,11 +67,11 @@ std::optional<std::string> resolvePlaceholder(const FileUrl& version, const std:
     if (!locale) {
         return placeholder;
     }
-    const std::optional<nlohmann::ordered_json> messages = readJsonObject(locale->appending("messages.json").path);
+    const std::optional<nlohmann::json> messages = readJsonObject(locale->appending("messages.json").path);
     if (!messages) {
         return placeholder;
     }
-    const nlohmann::ordered_json* message = valueAtKeyPath(*messages, messageKeyFor(placeholder) + ".message");
+    const nlohmann::json* message = valueAtKeyPath(*messages, messageKeyFor(placeholder) + ".message");
     if (message == nullptr) {
         return placeholder;
     }
@@ -80,9 +80,9 @@ std::optional<std::string> resolvePlaceholder(const FileUrl& version, const std:
 }
 
 // "descriptor" wins over "path" when it holds text; a location of another kind does not hide a usable "path".
-std::string recordedLocation(const nlohmann::ordered_json& addon) {
+std::string recordedLocation(const nlohmann::json& addon) {
     for (const std::string_view key : {"descriptor", "path"}) {
-        if (const nlohmann::ordered_json* value = valueAtKeyPath(addon, key); value != nullptr && value->is_string()) {
+        if (const nlohmann::json* value = valueAtKeyPath(addon, key); value != nullptr && value->is_string()) {
             return value->get<std::string>();
         }
     }
@@ -95,7 +95,7 @@ std::optional<ChromeManifest> readChromeVersionFolder(const FileUrl& version) {
     if (listFolderUrls(version).empty()) {
         return std::nullopt;
     }
-    const std::optional<nlohmann::ordered_json> manifest = readJsonObject(version.appending("manifest.json").path);
+    const std::optional<nlohmann::json> manifest = readJsonObject(version.appending("manifest.json").path);
     if (!manifest) {
         return std::nullopt;
     }
@@ -112,15 +112,15 @@ std::optional<ChromeManifest> readChromeVersionFolder(const FileUrl& version) {
 
 std::vector<FirefoxAddOn> firefoxAddOnsFromJson(std::string_view contents) {
     std::vector<FirefoxAddOn> addOns;
-    const std::optional<nlohmann::ordered_json> database = parseJson(contents);
+    const std::optional<nlohmann::json> database = parseJson(contents);
     if (!database || !database->is_object()) {
         return addOns;
     }
-    const nlohmann::ordered_json* addons = valueAtKeyPath(*database, "addons");
+    const nlohmann::json* addons = valueAtKeyPath(*database, "addons");
     if (addons == nullptr || !addons->is_array()) {
         return addOns;
     }
-    for (const nlohmann::ordered_json& addon : *addons) {
+    for (const nlohmann::json& addon : *addons) {
         if (!addon.is_object()) {
             continue;
         }
@@ -129,7 +129,11 @@ std::vector<FirefoxAddOn> firefoxAddOnsFromJson(std::string_view contents) {
         if (name == "Default") {
             continue;
         }
-        addOns.push_back({recordedLocation(addon), textAtKeyPath(addon, "version"), std::move(name)});
+        std::string location = recordedLocation(addon);
+        if (!strictComponents(location)) {
+            continue;
+        }
+        addOns.push_back({std::move(location), textAtKeyPath(addon, "version"), std::move(name)});
     }
     return addOns;
 }

@@ -39,8 +39,10 @@ struct FirefoxAddOn {
 
 /// The add-ons of an "extensions.json" text, in the order of its "addons" list, without de-duplication. An
 /// element that is not an object, and one whose name is exactly "Default" (Firefox's own built-in entries), is
-/// passed over; one without a name is kept. An empty list when the text is not JSON, its top level is not an
-/// object or "addons" is not a list. Fields missing or not text are "".
+/// passed over; one without a name is kept. One whose location is not an absolute path of plain components (see
+/// strictComponents: "", a relative path, "..", "//", a NUL byte) is passed over too: it names no place Tidewell
+/// may go. An empty list when the text is not JSON, its top level is not an object or "addons" is not a list.
+/// Other fields missing or not text are "".
 [[nodiscard]] std::vector<FirefoxAddOn> firefoxAddOnsFromJson(std::string_view contents);
 
 } // namespace tidewell

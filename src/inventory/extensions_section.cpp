@@ -52,7 +52,8 @@ void addChromeRows(ScanEnv& env, GroupedRows& rows, UrlList& resetList) {
         for (const RecordPtr& record : *records) {
             const FileUrl* location = record->url("urlExt");
             // An extension removed since it was listed is not offered. Each version folder gives a row of its
-            // own, and each such row removes the whole identifier folder.
+            // own, and each such row removes the whole identifier folder, and nothing outside its profile's
+            // "Extensions" folder (`within`).
             if (location == nullptr || !fileExistsAt(location->path)) {
                 continue;
             }
@@ -73,14 +74,14 @@ void addChromeRows(ScanEnv& env, GroupedRows& rows, UrlList& resetList) {
 }
 
 void addFirefoxRows(ScanEnv& env, GroupedRows& rows, UrlList& resetList) {
-    for (const RecordPtr& record : PrivacyScan::getFirefoxExtantionList(env.disk, env.sizes)) {
-        const std::string& location = record->text("urlExt");
-        // The location is whatever "extensions.json" says; only one that names something on disk is offered.
-        // Removing it is the cleaning engine's business, which keeps to the granted folder.
-        if (!fileExistsAt(location)) {
+    for (auto& [record, location] : PrivacyScan::getFirefoxExtensions(env.disk, env.sizes)) {
+        // The location is whatever "extensions.json" says; only one that names something on disk is offered. It
+        // is listed wherever it lies, but its removal keeps to its profile's extensions folder (`within`): one
+        // recorded elsewhere is left as it was, and reported.
+        if (!fileExistsAt(location.path)) {
             continue;
         }
-        rows.add(getDicForList({FileUrl{location}},
+        rows.add(getDicForList({std::move(location)},
                                fmt::format("{} v{}", record->text("nameExt"), record->text("verExt")), true));
     }
     rows.closeGroup("Firefox Extensions");

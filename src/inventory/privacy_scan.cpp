@@ -19,15 +19,6 @@ bool holdsNul(std::string_view path) {
     return path.find('\0') != std::string_view::npos;
 }
 
-// The allocated size below an add-on's recorded location. Only an absolute path names a place on this disk; a
-// relative one would depend on the folder Tidewell happens to run in, so it measures nothing.
-std::int64_t measureRecordedLocation(const std::string& location, SizeCounter& sizes) {
-    if (location.empty() || location.front() != '/' || holdsNul(location)) {
-        return 0;
-    }
-    return sizes.measureFolder(location).bytes;
-}
-
 UrlList systemThenUser(const DiskRoot& disk, std::string_view systemFolder, std::string_view homeRelative) {
     UrlList urls = PrivacyScan::getUrlListAt(FileUrl{disk.resolve(systemFolder)});
     UrlList user = PrivacyScan::getUrlListAt(disk.inHome(homeRelative));
@@ -94,7 +85,9 @@ std::optional<RecordList> PrivacyScan::getChromeExtantionList(const DiskRoot& di
     RecordList records;
     const FileUrl chromeFolder = disk.inHome(tables::kChromeFolder);
     for (const ChromeProfile& profile : *profiles) {
-        for (const FileUrl& identifier : getUrlListAt(chromeFolder.appending(profile.folder).appending("Extensions"))) {
+        const FileUrl extensions = chromeFolder.appending(profile.folder).appending("Extensions");
+        for (FileUrl identifier : getUrlListAt(extensions)) {
+            identifier.within = extensions.path;
             // Every version of an extension reports the size of the whole identifier folder: measured once.
             std::optional<std::int64_t> identifierBytes;
             for (const FileUrl& version : getUrlListAt(identifier)) {
@@ -116,21 +109,31 @@ std::optional<RecordList> PrivacyScan::getChromeExtantionList(const DiskRoot& di
     return records;
 }
 
-RecordList PrivacyScan::getFirefoxExtantionList(const DiskRoot& disk, SizeCounter& sizes) {
-    RecordList records;
+std::vector<std::pair<RecordPtr, FileUrl>> PrivacyScan::getFirefoxExtensions(const DiskRoot& disk, SizeCounter& sizes) {
+    std::vector<std::pair<RecordPtr, FileUrl>> extensions;
     for (const FileUrl& profile : getUrlListAt(disk.inHome(tables::kFirefoxProfiles))) {
         const std::optional<std::string> database = readWholeFile(profile.appending("extensions.json").path);
         if (!database) {
             continue;
         }
         for (FirefoxAddOn& addOn : firefoxAddOnsFromJson(*database)) {
-            const std::int64_t bytes = measureRecordedLocation(addOn.location, sizes);
-            records.push_back(makeRecord({{"urlExt", std::move(addOn.location)},
-                                          {"verExt", std::move(addOn.version)},
-                                          {"nameExt", std::move(addOn.name)},
-                                          {"sizeExt", bytes},
-                                          {"PersonExt", std::string("Default")}}));
+            FileUrl location{addOn.location, profile.appending("extensions").path};
+            const std::int64_t bytes = sizes.measureFolder(addOn.location).bytes;
+            extensions.emplace_back(makeRecord({{"urlExt", std::move(addOn.location)},
+                                                {"verExt", std::move(addOn.version)},
+                                                {"nameExt", std::move(addOn.name)},
+                                                {"sizeExt", bytes},
+                                                {"PersonExt", std::string("Default")}}),
+                                    std::move(location));
         }
+    }
+    return extensions;
+}
+
+RecordList PrivacyScan::getFirefoxExtantionList(const DiskRoot& disk, SizeCounter& sizes) {
+    RecordList records;
+    for (auto& [record, location] : getFirefoxExtensions(disk, sizes)) {
+        records.push_back(std::move(record));
     }
     return records;
 }

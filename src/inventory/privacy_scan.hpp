@@ -3,6 +3,8 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "catalogue/disk_root.hpp"
 #include "catalogue/records.hpp"
@@ -28,8 +30,9 @@ public:
 
     /// `getChromeExtantionList`: one record per installed version folder of every Chrome profile named in
     /// "Local State", in profile order, then listing order of identifier and version folders. "urlExt" is the
-    /// identifier folder (a FileUrl), "sizeExt" the allocated size of everything below it (so all versions of
-    /// one extension report the same total), "PersonExt" the profile's display name.
+    /// identifier folder (a FileUrl, `within` its profile's "Extensions" folder, which alone its removal may touch),
+    /// "sizeExt" the allocated size of everything below it (so all versions of one extension report the same
+    /// total), "PersonExt" the profile's display name.
     /// A version folder is passed over when it is empty or its "manifest.json" is missing, unreadable, not JSON
     /// or not an object; also when its name is a "__MSG_" placeholder and it has no "_locales" at all.
     /// Nothing (not an empty list) when "Local State" cannot be read; an empty list when it is malformed.
@@ -37,12 +40,18 @@ public:
 
     /// `getFirefoxExtantionList`: one record per add-on of the "addons" list of every profile's
     /// "extensions.json", in profile listing order then list order, without de-duplication. "urlExt" is the
-    /// location as Firefox recorded it (text, not a FileUrl): "descriptor" when it holds text, else "path", else
-    /// "". "sizeExt" is the allocated size below that location: 0 for a single file (a packed add-on), a link,
-    /// a relative or missing location. "PersonExt" is always "Default". An add-on whose "defaultLocale.name" is
-    /// exactly "Default" is skipped; one without a name is kept. A profile whose "extensions.json" is missing or
+    /// location as Firefox recorded it (text, not a FileUrl): "descriptor" when it holds text, else "path"; an
+    /// add-on whose location is not an absolute path of plain components is left out. "sizeExt" is the allocated
+    /// size below that location: 0 for a single file (a packed add-on), a link, a missing location or one that the
+    /// counter does not reach. "PersonExt" is always "Default". An add-on whose "defaultLocale.name" is exactly
+    /// "Default" is skipped; one without a name is kept. A profile whose "extensions.json" is missing or
     /// malformed, and an "addons" element that is not an object, add nothing.
     [[nodiscard]] static RecordList getFirefoxExtantionList(const DiskRoot& disk, SizeCounter& sizes);
+
+    /// The Firefox records as getFirefoxExtantionList makes them, each with the location its row removes: the
+    /// recorded location, `within` its profile's "extensions" folder, which alone its removal may touch.
+    [[nodiscard]] static std::vector<std::pair<RecordPtr, FileUrl>> getFirefoxExtensions(const DiskRoot& disk,
+                                                                                         SizeCounter& sizes);
 
     /// `getSafariExtantionList`: the listing of <home>/Library/Safari/Extensions, unfiltered (the "Extensions.plist"
     /// and ".DS_Store" entries included); empty when the folder is missing.

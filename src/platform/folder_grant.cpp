@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
+#include "catalogue/file_url.hpp"
 #include "platform/file_access.hpp"
 
 namespace tidewell {
@@ -25,8 +26,9 @@ std::optional<FolderGrant> grantFromBytes(std::string_view bytes) {
         return std::nullopt;
     }
     FolderGrant grant{path->get<std::string>(), device->get<std::uint64_t>(), inode->get<std::uint64_t>()};
-    // A record whose path is not absolute could only be resolved against whatever the current folder is.
-    if (grant.path.empty() || grant.path.front() != '/') {
+    // A record whose path is not absolute could only be resolved against whatever the current folder is; one
+    // whose names climb, repeat a slash or hold a NUL byte is not the real folder a grant records.
+    if (grant.path != "/" && !strictComponents(grant.path)) {
         return std::nullopt;
     }
     return grant;
@@ -78,11 +80,16 @@ std::vector<std::string> StartedGrants::folders() const {
 }
 
 std::optional<std::string> StartedGrants::boundary() const {
+    const std::optional<FolderGrant> grant = boundaryGrant();
+    return grant ? std::optional(grant->path) : std::nullopt;
+}
+
+std::optional<FolderGrant> StartedGrants::boundaryGrant() const {
     const std::lock_guard lock(m_mutex);
     if (m_started.empty()) {
         return std::nullopt;
     }
-    return m_started.front().path;
+    return m_started.front();
 }
 
 } // namespace tidewell

@@ -31,7 +31,7 @@ std::expected<FolderGrant, std::string> createFolderGrant(std::string_view folde
 std::expected<void, std::string> resolveFolderGrant(const FolderGrant& grant);
 
 /// The grant as bytes for the settings (a small JSON text), and back. Bytes that are not a grant (damaged, empty,
-/// a relative path, numbers out of range) give nothing.
+/// a relative path or one with an empty, ".", ".." or NUL-holding component, numbers out of range) give nothing.
 std::string grantToBytes(const FolderGrant& grant);
 std::optional<FolderGrant> grantFromBytes(std::string_view bytes);
 
@@ -58,6 +58,8 @@ public:
 
     /// The first started folder, the deletion boundary; nothing before a grant is started.
     [[nodiscard]] std::optional<std::string> boundary() const;
+    /// The grant of that folder, which pins the very folder the deletion boundary holds.
+    [[nodiscard]] std::optional<FolderGrant> boundaryGrant() const;
 
 private:
     mutable std::mutex m_mutex;

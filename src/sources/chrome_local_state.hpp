@@ -13,9 +13,10 @@ struct ChromeProfile {
 };
 
 /// The profiles a "Local State" text registers, in the order its "profile.info_cache" object lists them, each
-/// paired with its own "name" ("" when missing or not text). An empty list when the text is not JSON, its top
-/// level is not an object, or "profile.info_cache" is not an object. Folder names are given as written: they come
-/// from another program's file, and whoever builds a path from one must keep to its own boundary.
+/// paired with its own "name" ("" when missing or not text). A member named twice keeps its first place and its
+/// last value. A profile whose key is not one plain folder name (see isSingleComponent: "", ".", "..", a "/" or a
+/// NUL byte in it) is left out. An empty list when the text is not JSON, its top level is not an object, or
+/// "profile.info_cache" is not an object. One pass over the text: a file of a million keys takes a moment.
 [[nodiscard]] std::vector<ChromeProfile> chromeProfilesFromLocalState(std::string_view contents);
 
 } // namespace tidewell

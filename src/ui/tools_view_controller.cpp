@@ -529,9 +529,12 @@ void ToolsViewController::rescanAfterClean() {
 }
 
 void ToolsViewController::cleanSelected() {
-    // Without a started grant there is no folder Tidewell may delete in: the boundary then admits nothing.
-    const std::optional<std::string> granted = m_appDel ? m_appDel->grantedFolder() : std::nullopt;
-    CleaningEngine engine(CleanMode::Interactive, DeletionBoundary(granted.value_or(std::string())), m_adultWords);
+    // Without a started grant there is no folder Tidewell may delete in: the boundary then admits nothing. With
+    // one, the granted folder is held for this clean, and every location is reached below it.
+    const std::optional<FolderGrant> granted = m_appDel ? m_appDel->startedGrant() : std::nullopt;
+    CleaningEngine engine(CleanMode::Interactive, granted ? boundaryOfGrant(*granted, m_disk) : DeletionBoundary(),
+                          m_adultWords);
+    engine.setLeftReporter([](const LeftAsItWas& left) { logLine(describe(left)); });
     engine.cleanSelected(availbleApp().snapshot());
 }
 

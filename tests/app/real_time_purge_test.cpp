@@ -29,7 +29,7 @@ protected:
 TEST_F(RealTimePurgeTest, NothingRunsWithoutAStartedGrant) {
     const LogCapture logs;
     RealTimePurger ungranted(
-        disk.disk(), [] { return std::nullopt; },
+        disk.disk(), []() -> std::optional<FolderGrant> { return std::nullopt; },
         std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
         [] { return makeAdultWords({"porn"}); });
     EXPECT_FALSE(ungranted.run());
@@ -38,7 +38,8 @@ TEST_F(RealTimePurgeTest, NothingRunsWithoutAStartedGrant) {
 }
 
 TEST_F(RealTimePurgeTest, TheStartedGrantIsTheBoundaryOfThePurge) {
-    std::optional<std::string> granted = disk.at("/Users/bob");
+    disk.folder("/Users/bob");
+    std::optional<FolderGrant> granted = createFolderGrant(disk.at("/Users/bob")).value();
     RealTimePurger purge(
         disk.disk(), [&] { return granted; },
         std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
@@ -47,7 +48,7 @@ TEST_F(RealTimePurgeTest, TheStartedGrantIsTheBoundaryOfThePurge) {
     purge.joinAll();
     EXPECT_EQ(tableDump(safari, "history_items").size(), 8U) << "ann's history lies outside bob's grant";
 
-    granted = disk.at("/Users");
+    granted = createFolderGrant(disk.at("/Users")).value();
     EXPECT_TRUE(purge.run());
     purge.joinAll();
     EXPECT_EQ(tableDump(safari, "history_items").size(), 7U);
@@ -58,7 +59,7 @@ TEST_F(RealTimePurgeTest, TheHourlyTickPurgesInsideTheGrantOfTheLaunch) {
     storeGrant("/Users/ann");
     const auto delegate = makeDelegate();
     RealTimePurger purge(
-        disk.disk(), [&] { return delegate->grantedFolder(); },
+        disk.disk(), [&] { return delegate->startedGrant(); },
         std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
         [] { return makeAdultWords({"porn"}); });
     int runs = 0;

@@ -84,8 +84,15 @@ TEST(FileSize, NeverFollowsLinks) {
     const std::int64_t expected =
         allocated(d.at("cache/own")) + allocated(d.at("cache/to-folder")) + allocated(d.at("cache/to-file"));
     EXPECT_EQ(sizes.fileSizeOf(d.at("cache")), expected);
-    // A location that is itself a link measures the link alone.
+    // A location that is itself a link measures the link alone; one reached through a link measures nothing,
+    // and so does one outside the folder the counter holds, however it is spelt.
     EXPECT_EQ(sizes.fileSizeOf(d.at("linked-cache")), allocated(d.at("linked-cache")));
+    EXPECT_EQ(sizes.fileSizeOf(d.at("cache/to-folder/big")), 0);
+    EXPECT_EQ(sizes.measureFolder(d.at("linked-cache/to-folder")).bytes, 0);
+    SizeCounter home(0, {}, HeldFolder(d.home()));
+    EXPECT_EQ(home.fileSizeOf(d.at("cache")), expected);
+    EXPECT_EQ(home.fileSizeOf(d.at("/elsewhere/big")), 0);
+    EXPECT_EQ(home.fileSizeOf(d.at("cache/../../elsewhere/big")), 0);
 }
 
 TEST(FileSize, SpecialFilesCountTheirOwnSpaceWithoutBeingOpened) {

@@ -23,6 +23,8 @@
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
+#include "support/hostile_inputs.hpp"
+#include "support/sample_disk.hpp"
 #include "support/stress.hpp"
 #include "support/tree_checksums.hpp"
 
@@ -70,17 +72,27 @@ private:
 // What an adversary puts on the disk. Everything outside the home lies in "/Decoy" and "/outside.txt"; inside the
 // home, "Documents" is in no ticked location. Every link points inside the test's own folder (the disk root stands
 // in for "/"), so a remover that went wrong could only ever damage the test's files.
+// A command run on the disk before the clean, which must end with `status` and change nothing at all.
+struct RefusedRun {
+    std::vector<std::string> args; // after --root
+    int status;
+};
+
 struct DiskPlan {
     DiskBuilder& d;
     Mounts& mounts;
     std::vector<std::string> mustStay; // home paths below a ticked location whose contents must not change
     std::string skipReason;            // set when this machine cannot build the disk
+    std::string realHome;              // where the home really is, relative to the root, when it is a link
+    std::vector<RefusedRun> refused;
 };
 
 struct Adversary {
     const char* name;
     void (*build)(DiskPlan&);
+    int status = 0;            // how the clean ends: 5 when something ticked is left as it was
     bool unprivileged = false; // cleaned by "nobody", who owns the whole disk, rather than by the super-user
+    std::vector<std::string> unticks = {}; // applied to the catalogue before the clean, as --untick is
 };
 
 void PrintTo(const Adversary& adversary, std::ostream* out) {
@@ -225,6 +237,59 @@ void metadataPaths(DiskPlan& s) {
         .link("Library/Caches/Adversary/viaLink", d.at("/Decoy"));
 }
 
+// Other programs' metadata written to climb out: "Local State" keys that hold NUL bytes and ".." (80,000 of them,
+// most climbing exactly to a browser profile elsewhere on the disk, which a clean must not touch); add-ons recorded
+// at the home's Documents folder and through "..", beside one in its own extensions folder; history databases, a
+// WAL log and a shared-memory file hard-linked to files outside the home; and a home that is itself a link (inside
+// the disk root: taken, and held). Before the clean, word lists past every limit and a user whose home leads off
+// the disk are refused, changing nothing.
+void hostileMetadata(DiskPlan& s) {
+    DiskBuilder& d = s.d;
+    const std::string chrome = "Library/Application Support/Google/Chrome/";
+    const std::string firefox = "Library/Application Support/Firefox/Profiles/abc.default/";
+    for (const char* file : {"Cookies", "History", "Login Data", "Preferences", "Web Data"}) {
+        d.text(std::string("/Decoy/Evil/") + file, "the profile of someone else");
+    }
+    // Chrome's folder is six levels below the disk root: Chrome, Google, Application Support, Library, ann, Users.
+    d.text(chrome + "Local State", testing::hostileLocalState(80000, 6, "Decoy/Evil"))
+        .text(chrome + "Default/Cookies", "own");
+    // Add-ons: one in its own folder, one recorded at Documents, one that climbs there.
+    d.text(firefox + "extensions/good@example.xpi", "add-on").text("Documents/Projects/plan.txt", "keep");
+    nlohmann::json addons = nlohmann::json::array();
+    for (const std::string& location : {d.at(firefox + "extensions/good@example.xpi"), d.at("Documents"),
+                                        d.at(firefox + "extensions/../../../../../../Documents")}) {
+        addons.push_back({{"defaultLocale", {{"name", "Add-on"}}}, {"version", "1"}, {"descriptor", location}});
+    }
+    d.text(firefox + "extensions.json", nlohmann::json{{"addons", addons}}.dump());
+    s.mustStay.push_back("Documents");
+    // History databases linked to files outside: the purge must leave them, and the decoys, as they are.
+    testing::writeHistoryDatabase(d.at("/Decoy/History"), testing::Browser::Chrome, testing::sampleHistoryUrls());
+    d.text("/Decoy/empty", "");
+    ::link(d.at("/Decoy/History").c_str(), d.at(chrome + "Default/History").c_str());
+    testing::writeHistoryDatabase(d.at("Library/Safari/History.db"), testing::Browser::Safari,
+                                  testing::sampleHistoryUrls());
+    testing::writeHistoryDatabase(d.at(firefox + "places.sqlite"), testing::Browser::Firefox,
+                                  testing::sampleHistoryUrls());
+    ::link(d.at("/Decoy/empty").c_str(), d.at("Library/Safari/History.db-journal").c_str());
+    ::link(d.at("/Decoy/keep.txt").c_str(), d.at(firefox + "places.sqlite-shm").c_str());
+    // Word lists past each limit, and a user whose home leads off the disk.
+    d.text("/lists/nested.plist", testing::nestedXmlPlist(200000))
+        .text("/lists/huge.txt", testing::randomWordLines(13'000'000, 7))
+        .text("/lists/cycle.plist", testing::cyclicBinaryPlist())
+        .text("/lists/doubling.plist", testing::doublingBinaryPlist(64))
+        .text("/../elsewhere/Library/Caches/x", "off the disk")
+        .link("/Users/mallory", d.at("/../elsewhere"));
+    for (const char* list : {"nested.plist", "huge.txt", "cycle.plist", "doubling.plist"}) {
+        s.refused.push_back({{"--user", d.login(), "purge", "--words", d.at(std::string("/lists/") + list)}, 2});
+    }
+    s.refused.push_back({{"--user", "mallory", "clean", "--yes"}, 2});
+    // The home itself is a link to its real place inside the disk.
+    d.folder("/Homes");
+    std::filesystem::rename(d.home(), d.at("/Homes/ann"));
+    d.link("/Users/ann", "../Homes/ann");
+    s.realHome = "Homes/ann";
+}
+
 void everythingAtOnce(DiskPlan& s) {
     for (void (*build)(DiskPlan&) : {links, specialFiles, oddNames, metadataPaths}) {
         build(s);
@@ -254,7 +319,7 @@ protected:
     // The home locations the cleaning is to remove, as a scan's catalogue gives them with its default ticks: every
     // location of each ticked item, and each history database of a ticked adult-history item with Chrome's
     // session files beside it. Those outside the home are left out: nothing there may change.
-    std::vector<std::vector<std::string>> tickedLocations() {
+    std::vector<std::vector<std::string>> tickedLocations(const std::vector<std::string>& unticks) {
         const DeletionBoundary boundary(d.home());
         std::vector<std::vector<std::string>> ticked;
         const auto add = [&](const std::string& path) {
@@ -264,6 +329,9 @@ protected:
         };
         cli::ScanSession session(d.disk(), standardBuilders(), {});
         session.scan();
+        for (const std::string& untick : unticks) {
+            EXPECT_TRUE(cli::applyTick(session.catalogue(), {Tick::Off, untick}).has_value()) << untick;
+        }
         for (const RecordPtr& section : session.catalogue().snapshot()) {
             for (const RecordPtr& item : section->list("List") != nullptr ? *section->list("List") : RecordList{}) {
                 if (!isTrue(*item, "isChecked")) {
@@ -292,7 +360,7 @@ protected:
 // The pass criterion: the command-line tool's clean (a scan, the default ticks, the removal, the rescan) ends
 // normally, and every entry on the disk outside the ticked locations is byte for byte as it was.
 TEST_P(AdversarialDisk, CleaningChangesNothingOutsideTheTickedLocationsAndEndsNormally) {
-    DiskPlan plan{d, mounts, {}, {}};
+    DiskPlan plan{d, mounts, {}, {}, {}, {}};
     GetParam().build(plan);
     if (!plan.skipReason.empty()) {
         GTEST_SKIP() << plan.skipReason;
@@ -305,11 +373,37 @@ TEST_P(AdversarialDisk, CleaningChangesNothingOutsideTheTickedLocationsAndEndsNo
             ::lchown(entry.path().c_str(), 65534, 65534);
         }
     }
+    const auto runTool = [&](std::vector<std::string> args) {
+        args.insert(args.begin(), {"--root", d.root()});
+        return testing::runInChild(
+            [&] {
+                setLogSink([](std::string_view) {});
+                std::ostringstream out;
+                std::ostringstream err;
+                std::istringstream in;
+                const testing::FakeRunningApps nothingRuns{{}};
+                cli::CliIo io{out, err, in, false, &nothingRuns};
+                return cli::runCli(args, io);
+            },
+            std::chrono::seconds(180), GetParam().unprivileged);
+    };
 
-    const std::vector<std::vector<std::string>> ticked = tickedLocations();
+    // Refused runs change nothing at all, not even what the clean would remove, nor anything beside the disk.
+    const Checksums whole = plan.refused.empty() ? Checksums{} : treeChecksums(temp.path());
+    for (const RefusedRun& run : plan.refused) {
+        const testing::ChildEnd end = runTool(run.args);
+        EXPECT_TRUE(end.exited && end.status == run.status) << run.args.back() << ": " << end.text();
+        EXPECT_EQ(testing::treeDifferences(whole, treeChecksums(temp.path())), "") << run.args.back();
+    }
+
+    const std::vector<std::vector<std::string>> ticked = tickedLocations(GetParam().unticks);
     const DeletionBoundary boundary(d.home());
+    const std::string homeAsStored = plan.realHome.empty() ? "Users/" + d.login() : plan.realHome;
     const testing::SkipEntry isTicked = [&](const std::string& relative) {
-        const auto components = boundary.componentsInside(d.root() + "/" + relative);
+        const std::string inHome = relative.starts_with(homeAsStored + "/")
+                                       ? d.home() + relative.substr(homeAsStored.size())
+                                       : d.root() + "/" + relative;
+        const auto components = boundary.componentsInside(inHome);
         return components && std::ranges::any_of(ticked, [&](const std::vector<std::string>& location) {
                    return components->size() >= location.size() &&
                           std::equal(location.begin(), location.end(), components->begin());
@@ -321,21 +415,15 @@ TEST_P(AdversarialDisk, CleaningChangesNothingOutsideTheTickedLocationsAndEndsNo
         stayingBefore[path] = treeChecksums(d.at(path));
     }
     ASSERT_TRUE(before.contains("Decoy/keep.txt"));
-    ASSERT_TRUE(before.contains("Users/ann/Documents/letter.txt"));
+    ASSERT_TRUE(before.contains(homeAsStored + "/Documents/letter.txt") || stayingBefore.contains("Documents"));
 
-    const testing::ChildEnd end = testing::runInChild(
-        [&] {
-            setLogSink([](std::string_view) {});
-            std::ostringstream out;
-            std::ostringstream err;
-            std::istringstream in;
-            const testing::FakeRunningApps nothingRuns{{}};
-            cli::CliIo io{out, err, in, false, &nothingRuns};
-            return cli::runCli({"--root", d.root(), "--user", d.login(), "clean", "--yes"}, io);
-        },
-        std::chrono::seconds(180), GetParam().unprivileged);
+    std::vector<std::string> clean{"--user", d.login(), "clean", "--yes"};
+    for (const std::string& untick : GetParam().unticks) {
+        clean.insert(clean.end(), {"--untick", untick});
+    }
+    const testing::ChildEnd end = runTool(clean);
 
-    EXPECT_TRUE(end.exited && end.status == 0) << end.text();
+    EXPECT_TRUE(end.exited && end.status == GetParam().status) << end.text();
     EXPECT_FALSE(std::filesystem::exists(d.at("Library/Caches/Firefox"))); // the cleaning did clean
     EXPECT_EQ(testing::treeDifferences(before, treeChecksums(d.root(), isTicked)), "");
     for (const auto& [path, contents] : stayingBefore) {
@@ -343,15 +431,18 @@ TEST_P(AdversarialDisk, CleaningChangesNothingOutsideTheTickedLocationsAndEndsNo
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Disks, AdversarialDisk,
-                         ::testing::Values(Adversary{"Links", links}, Adversary{"SpecialFiles", specialFiles},
-                                           Adversary{"AnotherFileSystem", anotherFileSystem},
-                                           Adversary{"DecoyMountedInside", decoyMountedInside},
-                                           Adversary{"UnreadableFolders", unreadableFolders, true},
-                                           Adversary{"TenThousandLevels", tenThousandLevels},
-                                           Adversary{"OddNames", oddNames}, Adversary{"MetadataPaths", metadataPaths},
-                                           Adversary{"EverythingAtOnce", everythingAtOnce}),
-                         [](const ::testing::TestParamInfo<Adversary>& param) { return param.param.name; });
+INSTANTIATE_TEST_SUITE_P(
+    Disks, AdversarialDisk,
+    ::testing::Values(
+        Adversary{"Links", links}, Adversary{"SpecialFiles", specialFiles},
+        Adversary{"AnotherFileSystem", anotherFileSystem, 5}, Adversary{"DecoyMountedInside", decoyMountedInside, 5},
+        Adversary{"UnreadableFolders", unreadableFolders, 5, true}, Adversary{"TenThousandLevels", tenThousandLevels},
+        Adversary{"OddNames", oddNames}, Adversary{"MetadataPaths", metadataPaths, 5},
+        Adversary{"EverythingAtOnce", everythingAtOnce, 5},
+        // The Chrome and Safari histories are left to the purge, which must
+        // refuse their hard links, rather than removed whole.
+        Adversary{"HostileMetadata", hostileMetadata, 5, false, {"Chrome/History (Person 1)", "Safari/History"}}),
+    [](const ::testing::TestParamInfo<Adversary>& param) { return param.param.name; });
 
 // ---------------------------------------------------------------------------------------------------------------
 // A folder swapped for a link while it is being removed.
@@ -368,7 +459,7 @@ protected:
     static constexpr std::size_t kDecoyBytes = 1 << 20;
     TempFolder temp{fastTemporaryBase()};
     DiskBuilder d{temp.path() + "/disk"};
-    DeletionBoundary boundary{d.home()};
+    DeletionBoundary boundary{d.home()}; // the builder has made the home
     Checksums decoy;
 };
 
@@ -394,7 +485,7 @@ TEST_F(SwapRace, AFolderSwappedInTheGapBetweenTheLookAndTheOpenIsNeverEntered) {
                       (swap.forLink ? ::symlinkat(d.at("/Decoy").c_str(), parentFd, name.c_str())
                                     : ::renameat(home, "Other", parentFd, name.c_str())) == 0;
         });
-        removeItem(boundary, d.at("Tick"));
+        static_cast<void>(removeItem(boundary, d.at("Tick")));
         setRemovalRaceHook({});
         ::close(home);
 
@@ -447,8 +538,8 @@ TEST_F(SwapRace, AThreadSwappingFoldersForLinksNeverLeadsRemovalOrMeasurementOut
             buildTicked();
         }
         const std::uint64_t swapsBefore = swaps.load();
-        const std::int64_t measured = SizeCounter(0).fileSizeOf(tick);
-        removeItem(boundary, tick);
+        const std::int64_t measured = SizeCounter(0, {}, HeldFolder(d.home())).fileSizeOf(tick);
+        static_cast<void>(removeItem(boundary, tick));
         ++removals;
         races += swaps.load() > swapsBefore ? 1U : 0U;
         ASSERT_LT(measured, static_cast<std::int64_t>(kDecoyBytes)) << "the measurement followed a link";

@@ -3,10 +3,13 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
+#include <mutex>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -19,13 +22,14 @@
 #include "support/log_capture.hpp"
 #include "support/sample_disk.hpp"
 #include "support/stress.hpp"
+#include "support/tree_checksums.hpp"
 
 namespace tidewell {
 namespace {
 
 namespace fs = std::filesystem;
 using testing::Browser;
-using Routine = void (*)(const FileUrl&, const PurgeContext&);
+using Routine = CleanOutcome (*)(const FileUrl&, const PurgeContext&);
 
 // A browser's history layout: the routine that purges it and its two tables.
 struct Layout {
@@ -130,8 +134,8 @@ private:
 
 class HistoryDatabaseFaults : public ::testing::Test {
 protected:
-    void purge(const Layout& layout, const std::string& path) const {
-        layout.routine(FileUrl{path}, PurgeContext{makeAdultWords(kWords), boundary});
+    CleanOutcome purge(const Layout& layout, const std::string& path) const {
+        return layout.routine(FileUrl{path}, PurgeContext{makeAdultWords(kWords), boundary});
     }
     [[nodiscard]] std::pair<std::vector<std::string>, std::vector<std::string>> dump(const Layout& layout,
                                                                                      const std::string& path) const {
@@ -139,10 +143,14 @@ protected:
     }
 
     // Runs `hold` in a child process that keeps its connection to the database open and waits while the purge
-    // runs; returns how long the purge took and whether the child's own checks passed.
-    std::pair<std::chrono::milliseconds, bool> purgeWhileAnotherProcessHolds(const Layout& layout,
-                                                                             const std::string& path, const char* hold,
-                                                                             const char* sqlAfterwards = nullptr) {
+    // runs; returns how long the purge took, whether the child's own checks passed, and what the purge said.
+    struct Held {
+        std::chrono::milliseconds took;
+        bool childPassed;
+        CleanOutcome outcome;
+    };
+    Held purgeWhileAnotherProcessHolds(const Layout& layout, const std::string& path, const char* hold,
+                                       const char* sqlAfterwards = nullptr) {
         Signal ready;
         Signal release;
         const pid_t pid = ::fork();
@@ -161,12 +169,12 @@ protected:
         }
         ready.await();
         const auto start = std::chrono::steady_clock::now();
-        purge(layout, path);
+        CleanOutcome outcome = purge(layout, path);
         const auto took =
             std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - start);
         release.give();
         const testing::ChildEnd end = testing::waitForChild(pid);
-        return {took, end.exited && end.status == 0};
+        return {took, end.exited && end.status == 0, std::move(outcome)};
     }
 
     static std::string answerOn(sqlite3* db, const char* sql) {
@@ -194,23 +202,28 @@ TEST_F(HistoryDatabaseFaults, ADatabaseLockedByAnotherProcessIsLeftAsItWasWithou
         const std::string path = temp.path() + "/" + layout.urls + ".db";
         testing::writeHistoryDatabase(path, layout.browser, testing::sampleHistoryUrls());
         const auto before = dump(layout, path);
-        const auto [took, held] = purgeWhileAnotherProcessHolds(layout, path, "BEGIN EXCLUSIVE");
-        EXPECT_TRUE(held);
-        EXPECT_LT(took, kHangBound);
+        const Held held = purgeWhileAnotherProcessHolds(layout, path, "BEGIN EXCLUSIVE");
+        EXPECT_TRUE(held.childPassed);
+        EXPECT_LT(held.took, kHangBound);
         EXPECT_EQ(dump(layout, path), before);
         EXPECT_EQ(answer(path, "PRAGMA integrity_check"), "ok");
+        ASSERT_EQ(held.outcome.left.size(), 1U);
+        EXPECT_EQ(held.outcome.left[0].reason, LeftReason::Locked) << held.outcome.left[0].detail;
     }
-    // The routine still reports its work done, as it does for any database it could open.
-    EXPECT_EQ(logs.lines(), (std::vector<std::string>{"Chrome Deleted", "Chrome Deleted"}));
+    // A purge that changed nothing does not claim it did.
+    EXPECT_TRUE(logs.lines().empty());
 }
 
 TEST_F(HistoryDatabaseFaults, AWalDatabaseWithALiveReaderIsPurgedAndStaysInWalMode) {
     const std::string path = temp.path() + "/places.sqlite";
     testing::writeHistoryDatabase(path, Browser::Firefox, testing::sampleHistoryUrls());
-    const auto [took, readerSawItsSnapshot] = purgeWhileAnotherProcessHolds(
-        kFirefox, path, "BEGIN; SELECT count(*) FROM moz_places;", "SELECT count(*) FROM moz_places");
-    EXPECT_TRUE(readerSawItsSnapshot);
-    EXPECT_LT(took, kHangBound);
+    const Held held = purgeWhileAnotherProcessHolds(kFirefox, path, "BEGIN; SELECT count(*) FROM moz_places;",
+                                                    "SELECT count(*) FROM moz_places");
+    EXPECT_TRUE(held.childPassed) << "the reader saw its snapshot";
+    EXPECT_LT(held.took, kHangBound);
+    // Purged, but the reader's snapshot keeps the removed visits in the files for now: that is said.
+    EXPECT_EQ(held.outcome.purged, (std::vector<PurgedDatabase>{{path, 3}}));
+    EXPECT_EQ(held.outcome.left, (std::vector<LeftAsItWas>{{path, LeftReason::StillReadable, {}}}));
     EXPECT_EQ(answer(path, "PRAGMA journal_mode"), "wal");
     EXPECT_EQ(answer(path, "PRAGMA integrity_check"), "ok");
     EXPECT_EQ(answer(path, "SELECT count(*) FROM moz_places"), "5"); // the three adult visits are gone
@@ -257,8 +270,10 @@ TEST_F(HistoryDatabaseFaults, ADamagedDatabaseIsLeftByteForByteAsItWas) {
             SCOPED_TRACE(std::string(layout.name) + ": " + what);
             const std::string path = temp.path() + "/damaged.db";
             writeBytes(path, contents);
-            purge(layout, path);
+            const CleanOutcome outcome = purge(layout, path);
             EXPECT_EQ(fileBytes(path), contents);
+            ASSERT_EQ(outcome.left.size(), 1U);
+            EXPECT_EQ(outcome.left[0].reason, LeftReason::Damaged) << outcome.left[0].detail;
             EXPECT_FALSE(fs::exists(path + "-journal"));
             for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
                 fs::remove(path + suffix);
@@ -294,8 +309,7 @@ TEST(HistoryPurgeKills, AKilledPurgeLeavesEveryTableAsBeforeOrAsAfter) {
         const testing::ChildEnd end = testing::runInChild(
             [&] {
                 setLogSink([](std::string_view) {});
-                layout.routine(FileUrl{uninterrupted}, context);
-                return 0;
+                return layout.routine(FileUrl{uninterrupted}, context).leftAnything() ? 1 : 0;
             },
             std::chrono::seconds(60));
         p.takes = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
@@ -311,8 +325,8 @@ TEST(HistoryPurgeKills, AKilledPurgeLeavesEveryTableAsBeforeOrAsAfter) {
     std::size_t finished = 0;
     std::size_t leftAsBefore = 0;
     std::size_t leftAsAfter = 0;
-    for (std::size_t attempt = 0; kills < wanted && attempt < wanted * 4; ++attempt) {
-        const Prepared& p = prepared[attempt % prepared.size()];
+    for (std::size_t attempt = 0; kills < wanted && attempt < wanted * 8; ++attempt) {
+        Prepared& p = prepared[attempt % prepared.size()];
         const std::string path = temp.path() + "/History";
         for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
             fs::remove(path + suffix);
@@ -323,11 +337,12 @@ TEST(HistoryPurgeKills, AKilledPurgeLeavesEveryTableAsBeforeOrAsAfter) {
         if (pid == 0) {
             setLogSink([](std::string_view) {});
             started.give();
-            p.layout.routine(FileUrl{path}, context);
+            static_cast<void>(p.layout.routine(FileUrl{path}, context));
             ::_exit(0);
         }
         ASSERT_GT(pid, 0);
         started.await();
+        const auto began = std::chrono::steady_clock::now();
         // Every other kill falls in the last third, so the commit and the log's checkpoint are hit as well as the
         // search that takes most of the time.
         const std::int64_t earliest = attempt % 4 < 2 ? 0 : p.takes.count() * 7 / 10;
@@ -337,6 +352,11 @@ TEST(HistoryPurgeKills, AKilledPurgeLeavesEveryTableAsBeforeOrAsAfter) {
         const testing::ChildEnd end = testing::waitForChild(pid);
         ASSERT_TRUE(end.exited ? end.status == 0 : end.signal == SIGKILL) << end.text();
         (end.exited ? finished : kills) += 1;
+        if (end.exited) {
+            // The purge took less than the first, cold run did: later kills are spread over what it takes now.
+            p.takes = std::min(p.takes, std::chrono::duration_cast<std::chrono::microseconds>(
+                                            std::chrono::steady_clock::now() - began));
+        }
 
         ASSERT_EQ(answer(path, "PRAGMA integrity_check"), "ok")
             << p.layout.name << ", attempt " << attempt << ", seed " << seed;
@@ -351,6 +371,96 @@ TEST(HistoryPurgeKills, AKilledPurgeLeavesEveryTableAsBeforeOrAsAfter) {
               << leftAsBefore << " left as before, " << leftAsAfter << " as after; an uninterrupted purge takes "
               << prepared[0].takes.count() / 1000 << " ms (Chrome), " << prepared[1].takes.count() / 1000
               << " ms (Firefox)\n";
+}
+
+// A profile folder swapped for a link to another profile, and back, as fast as a thread can, while purges run one
+// after the other: SQLite makes, writes and removes its journal only in the folder the purge holds, so the other
+// profile is never touched, and no journal is left behind to undo a purge that was reported done.
+TEST(JournalSwapRace, AProfileFolderSwappedForALinkDuringThePurgeChangesNothingOutsideAndIsNeverUndone) {
+    const std::size_t rounds = testing::stressSetting("TIDEWELL_JOURNAL_SWAPS", 30);
+    testing::TempFolder temp;
+    testing::DiskBuilder d(temp.path() + "/disk");
+    const std::string original = temp.path() + "/History.original";
+    testing::writeHistoryDatabase(original, Browser::Chrome, manyUrls(3000));
+    const std::string profile = d.at("Library/Application Support/Google/Chrome/Default");
+    const std::string history = profile + "/History";
+    d.folder("Library/Application Support/Google/Chrome/Default").folder("/Decoy/Default");
+    fs::copy_file(original, d.at("/Decoy/Default/History"));
+    const auto decoy = testing::treeChecksums(d.at("/Decoy"));
+    using Tables = std::vector<std::string>;
+    const Tables before = testing::tableDump(original, "urls");
+    const DeletionBoundary boundary(d.home());
+    const PurgeContext context{makeAdultWords(kWords), boundary};
+    Tables after;
+    {
+        const std::string uninterrupted = temp.path() + "/Uninterrupted/History";
+        fs::create_directories(temp.path() + "/Uninterrupted");
+        fs::copy_file(original, uninterrupted);
+        const DeletionBoundary whole(temp.path());
+        static_cast<void>(
+            deleteChromeAdultHistory(FileUrl{uninterrupted}, PurgeContext{makeAdultWords(kWords), whole}));
+        after = testing::tableDump(uninterrupted, "urls");
+        ASSERT_LT(after.size(), before.size());
+    }
+
+    std::mutex inPlace; // held by the racer while the link stands, and by the test while it looks at the profile
+    std::atomic<std::uint64_t> swaps{0};
+    std::jthread racer([&](const std::stop_token& stop) {
+        std::mt19937 random(20261123);
+        while (!stop.stop_requested()) {
+            // The folder stands in its place for a while between swaps, so purges start on it and are raced
+            // while they run, rather than finding the link at once.
+            for (auto i = random() % 400; i > 0 && !stop.stop_requested(); --i) {
+                std::this_thread::yield();
+            }
+            const std::lock_guard lock(inPlace);
+            if (::rename(profile.c_str(), (profile + ".away").c_str()) != 0) {
+                continue;
+            }
+            if (::symlink(d.at("/Decoy/Default").c_str(), profile.c_str()) == 0) {
+                swaps.fetch_add(1, std::memory_order_relaxed);
+                std::this_thread::yield();
+                ::unlink(profile.c_str());
+            }
+            ::rename((profile + ".away").c_str(), profile.c_str());
+        }
+    });
+    const testing::LogCapture quiet;
+    std::size_t done = 0;
+    std::size_t left = 0;
+    std::size_t racedDone = 0; // done while the folder was swapped away and back under it
+    for (std::size_t round = 0; round < rounds; ++round) {
+        {
+            const std::lock_guard lock(inPlace);
+            for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
+                fs::remove(history + suffix);
+            }
+            fs::copy_file(original, history);
+        }
+        const std::uint64_t swapsBefore = swaps.load();
+        const CleanOutcome outcome = deleteChromeAdultHistory(FileUrl{history}, context);
+        const bool raced = swaps.load() > swapsBefore;
+        const std::lock_guard lock(inPlace);
+        ASSERT_EQ(testing::treeDifferences(decoy, testing::treeChecksums(d.at("/Decoy"))), "") << "round " << round;
+        // Opened for writing as the browser would: a journal left behind would roll the purge back here.
+        ASSERT_EQ(answer(history, "PRAGMA integrity_check"), "ok");
+        const Tables now = testing::tableDump(history, "urls");
+        if (outcome.purged.empty()) {
+            // The folder was a link, or away, when the purge reached it.
+            ASSERT_EQ(now, before) << "round " << round << ": left as it was";
+            ++left;
+        } else {
+            ASSERT_EQ(now, after) << "round " << round << ": reported done";
+            ++done;
+            racedDone += raced ? 1U : 0U;
+        }
+    }
+    racer.request_stop();
+    racer.join();
+    EXPECT_GT(racedDone, 0U);
+    std::cout << "[ figures  ] journal-swap races: " << rounds << " purges, " << swaps.load() << " swaps: " << done
+              << " done (" << racedDone << " of them with the folder swapped for a link during the purge), " << left
+              << " left as they were (the folder a link or away when reached); the other profile never changed\n";
 }
 
 } // namespace

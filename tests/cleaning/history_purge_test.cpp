@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
@@ -17,7 +18,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::Browser;
 
-using Routine = void (*)(const FileUrl&, const PurgeContext&);
+using Routine = CleanOutcome (*)(const FileUrl&, const PurgeContext&);
 
 void sql(const std::string& path, const std::string& statements) {
     sqlite3* db = nullptr;
@@ -34,9 +35,9 @@ std::string fileBytes(const std::string& path) {
 
 class HistoryPurge : public ::testing::Test {
 protected:
-    void purge(Routine routine, const std::string& path, std::vector<std::string> words,
-               CleanMode mode = CleanMode::Interactive) const {
-        routine(FileUrl{path}, PurgeContext{makeAdultWords(std::move(words)), boundary, mode});
+    CleanOutcome purge(Routine routine, const std::string& path, std::vector<std::string> words,
+                       CleanMode mode = CleanMode::Interactive) const {
+        return routine(FileUrl{path}, PurgeContext{makeAdultWords(std::move(words)), boundary, mode});
     }
 
     testing::TempFolder temp;
@@ -74,15 +75,56 @@ TEST_F(HistoryPurge, EachRoutineEmptiesOnlyItsOwnTableOfMatchingUrlsAndLogsItsTe
     }
 }
 
-TEST_F(HistoryPurge, AnIdAboveTwoToTheThirtyFirstMissesItsRowAndItsLowBitsNameAnother) {
-    const std::string path = d.at("History");
-    testing::writeHistoryDatabase(path, Browser::Chrome, {"https://news.example/", "https://shop.example/"});
-    sql(path, "INSERT INTO urls (id, url, last_visit_time) VALUES (4294967298, 'https://porn.example/', 0)");
-    purge(deleteChromeAdultHistory, path, {"porn"});
-    const std::vector<std::string> rows = testing::tableDump(path, "urls");
-    ASSERT_EQ(rows.size(), 2U);
-    EXPECT_NE(rows[0].find("news.example"), std::string::npos);
-    EXPECT_NE(rows[1].find("porn.example"), std::string::npos); // row 2 (shop) went in its place
+// A row is named by its 64-bit id: an adult row whose id is 2^32 + 3 goes, and row 3 stays. (The database lies
+// more than 750 bytes deep, further than SQLite takes a path: it is reached through its held folder.)
+TEST_F(HistoryPurge, RowsAreNamedByTheirSixtyFourBitIdsEvenDeepBelowTheHome) {
+    const std::string deep = std::string(250, 'a') + "/" + std::string(250, 'b') + "/" + std::string(250, 'c');
+    const std::string path = d.at(deep + "/History");
+    const std::string near = d.at("History"); // where this test's own SQLite can reach it
+    testing::writeHistoryDatabase(near, Browser::Chrome,
+                                  {"https://news.example/", "https://shop.example/", "https://mail.example/"});
+    sql(near, "INSERT INTO urls (id, url, last_visit_time) VALUES (4294967299, 'https://porn.example/', 0);"
+              "INSERT INTO urls (id, url, last_visit_time) VALUES (9223372036854775807, 'https://xxx.example/', 0)");
+    d.folder(deep);
+    fs::rename(near, path);
+    const CleanOutcome outcome = purge(deleteChromeAdultHistory, path, {"porn", "xxx"});
+    fs::rename(path, near);
+    const std::vector<std::string> rows = testing::tableDump(near, "urls");
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_NE(rows[2].find("mail.example"), std::string::npos);
+    EXPECT_EQ(outcome.purged, (std::vector<PurgedDatabase>{{path, 2}}));
+}
+
+// A word is literal text: SQL's wildcards, quotes and escapes are ordinary characters, ASCII letters match either
+// case, other bytes only themselves, and the empty word nothing.
+TEST_F(HistoryPurge, WordsMatchAsLiteralTextNeverAsSql) {
+    const std::vector<std::string> urls{"https://news.example/100%-fresh", "https://a.example/x_x",
+                                        "https://b.example/xax",           "https://c.example/it's",
+                                        "https://d.example/' OR '1'='1",   "https://e.example/back\\slash",
+                                        "https://f.example/\"quoted\"",    "https://g.example/CAFÉ",
+                                        "https://h.example/café",          "https://i.example/plain"};
+    for (const Browser browser : {Browser::Chrome, Browser::Firefox, Browser::Safari}) {
+        const std::string path = d.at("literal" + std::to_string(static_cast<int>(browser)));
+        testing::writeHistoryDatabase(path, browser, urls);
+        const Routine routine = browser == Browser::Chrome    ? deleteChromeAdultHistory
+                                : browser == Browser::Firefox ? deleteFireFoxAdultHistory
+                                                              : deleteSafariAdultHistory;
+        const char* table = browser == Browser::Chrome    ? "urls"
+                            : browser == Browser::Firefox ? "moz_places"
+                                                          : "history_items";
+        purge(routine, path, {"%", "X_X", "' OR '1'='1", "\\", "\"", "É", "", std::string("\xff\x00z", 3)});
+        std::vector<std::string> kept;
+        for (const std::string& row : testing::tableDump(path, table)) {
+            for (const std::string& url : urls) {
+                if (row.find(url + "|") != std::string::npos) {
+                    kept.push_back(url);
+                }
+            }
+        }
+        EXPECT_EQ(kept, (std::vector<std::string>{"https://b.example/xax", "https://c.example/it's",
+                                                  "https://h.example/café", "https://i.example/plain"}))
+            << table;
+    }
 }
 
 TEST_F(HistoryPurge, ChromeSessionFilesGoWhetherOrNotARowMatchedAndAMissingDatabaseIsNotMade) {
@@ -106,17 +148,50 @@ TEST_F(HistoryPurge, ChromeSessionFilesGoWhetherOrNotARowMatchedAndAMissingDatab
     EXPECT_EQ(logs.lines().size(), 2U);
 }
 
-TEST_F(HistoryPurge, NoDatabaseOutsideTheGrantedFolderOrBehindALinkIsOpened) {
+// Nothing outside the home, behind a link, or linked to a file elsewhere is changed: not the database, not a
+// journal, log or shared-memory file beside it. Each is left as it was, named, with the reason.
+TEST_F(HistoryPurge, NoDatabaseOrJournalOutsideTheGrantedFolderBehindALinkOrHardLinkedIsChanged) {
     const std::string outside = d.at("/Elsewhere/History");
     testing::writeHistoryDatabase(outside, Browser::Chrome, testing::sampleHistoryUrls());
-    const std::vector<std::string> before = testing::tableDump(outside, "urls");
+    d.text("/Elsewhere/precious.txt", std::string(5000, 'p')).text("/Elsewhere/empty", "");
+    const auto decoy = testing::treeContents(d.at("/Elsewhere"));
     d.link("Library/Way", d.at("/Elsewhere")).link("Library/History", outside);
-    for (const std::string& path :
-         {outside, d.home() + "/../../Elsewhere/History", d.at("Library/Way/History"), d.at("Library/History")}) {
-        purge(deleteChromeAdultHistory, path, {"porn"});
+    d.folder("Hard");
+    ASSERT_EQ(::link(outside.c_str(), d.at("Hard/History").c_str()), 0);
+    // A journal, a log and a shared-memory file that are hard links to files elsewhere: SQLite would write old
+    // pages into them, or cut them short.
+    testing::writeHistoryDatabase(d.at("Journal/History"), Browser::Chrome, testing::sampleHistoryUrls());
+    ::link(d.at("/Elsewhere/empty").c_str(), d.at("Journal/History-journal").c_str());
+    testing::writeHistoryDatabase(d.at("Wal/History.db"), Browser::Safari, testing::sampleHistoryUrls());
+    sql(d.at("Wal/History.db"), "PRAGMA journal_mode=WAL");
+    ::link(d.at("/Elsewhere/precious.txt").c_str(), d.at("Wal/History.db-wal").c_str());
+    testing::writeHistoryDatabase(d.at("Shm/places.sqlite"), Browser::Firefox, testing::sampleHistoryUrls());
+    ::link(d.at("/Elsewhere/precious.txt").c_str(), d.at("Shm/places.sqlite-shm").c_str());
+    const auto inside = testing::treeContents(d.home());
+
+    struct Case {
+        Routine routine;
+        std::string path;
+        LeftReason reason;
+    };
+    for (const Case& c :
+         {Case{deleteChromeAdultHistory, outside, LeftReason::OutsideBoundary},
+          Case{deleteChromeAdultHistory, d.home() + "/../../Elsewhere/History", LeftReason::OutsideBoundary},
+          Case{deleteChromeAdultHistory, d.at("Library/Way/History"), LeftReason::BehindLink},
+          Case{deleteChromeAdultHistory, d.at("Library/History"), LeftReason::NotPlainFile},
+          Case{deleteChromeAdultHistory, d.at("Hard/History"), LeftReason::NotPlainFile},
+          Case{deleteChromeAdultHistory, d.at("Journal/History"), LeftReason::NotPlainFile},
+          Case{deleteSafariAdultHistory, d.at("Wal/History.db"), LeftReason::NotPlainFile},
+          Case{deleteFireFoxAdultHistory, d.at("Shm/places.sqlite"), LeftReason::NotPlainFile}}) {
+        const CleanOutcome outcome = purge(c.routine, c.path, {"porn"});
+        ASSERT_FALSE(outcome.left.empty()) << c.path;
+        EXPECT_EQ(outcome.left.front().location, c.path);
+        EXPECT_EQ(outcome.left.front().reason, c.reason) << c.path << ": " << outcome.left.front().detail;
+        EXPECT_TRUE(outcome.purged.empty()) << c.path;
     }
-    EXPECT_EQ(testing::tableDump(outside, "urls"), before);
-    EXPECT_TRUE(logs.lines().empty());
+    EXPECT_EQ(testing::treeContents(d.at("/Elsewhere")), decoy);
+    EXPECT_EQ(testing::treeContents(d.home()), inside);
+    EXPECT_TRUE(logs.lines().empty()) << "no routine claims a purge it did not make";
 }
 
 TEST_F(HistoryPurge, NoRemovedUrlCanBeReadBackFromTheDatabaseOrItsLog) {

@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <climits>
 #include <filesystem>
 
 #include "cleaning/cleaning_engine.hpp"
@@ -26,20 +27,27 @@ bool exists(const std::string& path) {
     return ::lstat(path.c_str(), &st) == 0;
 }
 
-TEST(DeletionBoundary, AdmitsOnlyWhatLiesStrictlyInsideAfterNormalisation) {
-    const DeletionBoundary boundary("/d/Users//ann/");
-    EXPECT_EQ(boundary.grantedFolder(), "/d/Users/ann");
-    for (const char* inside :
-         {"/d/Users/ann/x", "/d/Users/ann/./x//", "/d/Users/ann/a/../../ann/b", "//d/Users/ann/x/y"}) {
-        EXPECT_TRUE(boundary.admits(inside)) << inside;
+TEST(DeletionBoundary, AdmitsOnlyWhatLiesStrictlyInsideAfterNormalisationAndNothingHoldingANul) {
+    const TempFolder temp;
+    DiskBuilder(temp.path()).folder("Users/ann");
+    const std::string d = temp.path();
+    const DeletionBoundary boundary(d + "/Users//ann/");
+    EXPECT_EQ(boundary.path(), d + "/Users/ann");
+    for (const char* inside : {"/Users/ann/x", "/Users/ann/./x//", "/Users/ann/a/../../ann/b", "/Users/ann/x/y"}) {
+        EXPECT_TRUE(boundary.admits(d + inside)) << inside;
     }
-    for (const char* outside :
-         {"/d/Users/ann", "/d/Users/ann/", "/d/Users/ann/x/..", "/d/Users", "/", "", "/d/Users/annex/x",
-          "/d/Users/ann/../bob/x", "/d/Users/ann/../../../../etc", "Users/ann/x", "d/Users/ann/x"}) {
+    using namespace std::string_literals;
+    for (const std::string& outside :
+         {"/Users/ann"s, "/Users/ann/"s, "/Users/ann/x/.."s, "/Users"s, "/Users/annex/x"s, "/Users/ann/../bob/x"s,
+          "/Users/ann/../../../../etc"s, "/Users/ann/..\0/..\0/x"s, "/Users/ann/x\0"s}) {
+        EXPECT_FALSE(boundary.admits(d + outside)) << outside;
+    }
+    for (const char* outside : {"/", "", "Users/ann/x"}) {
         EXPECT_FALSE(boundary.admits(outside)) << outside;
     }
-    EXPECT_EQ(boundary.componentsInside("/d/Users/ann/a/./b/../c/"), (std::vector<std::string>{"a", "c"}));
+    EXPECT_EQ(boundary.componentsInside(d + "/Users/ann/a/./b/../c/"), (std::vector<std::string>{"a", "c"}));
     EXPECT_FALSE(DeletionBoundary("relative/home").admits("relative/home/x"));
+    EXPECT_FALSE(DeletionBoundary(d + "/Users/bob").valid()) << "a folder that is not there holds nothing";
 }
 
 // A disk with a decoy tree beside the home folder: whatever the cleaning does, nothing of it may change.
@@ -67,7 +75,7 @@ TEST_F(SafeRemove, LinksInsideATickedFolderGoAsLinksAndTheirTargetsStay) {
         .link("Library/Caches/Tick/toFolder", d.at("/Elsewhere"))
         .link("Library/Caches/Tick/Sub/toFile", d.at("/outside.txt"))
         .link("Library/Caches/Tick/relative", "../../../../../Elsewhere/Sub");
-    EXPECT_TRUE(removeItem(boundary(), d.at("Library/Caches/Tick")));
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Tick")), (Removal{true, std::nullopt}));
     EXPECT_FALSE(exists(d.at("Library/Caches/Tick")));
     EXPECT_TRUE(exists(d.at("Library/Caches")));
     expectDecoyIntact();
@@ -77,23 +85,58 @@ TEST_F(SafeRemove, ATickedLinkIsRemovedItselfWithOrWithoutATrailingSlash) {
     for (const char* name : {"Plain", "Slash", "Dot"}) {
         d.link(std::string("Library/Caches/") + name, d.at("/Elsewhere"));
     }
-    EXPECT_TRUE(removeItem(boundary(), d.at("Library/Caches/Plain")));
-    EXPECT_TRUE(removeItem(boundary(), d.at("Library/Caches/Slash/")));
-    EXPECT_TRUE(removeItem(boundary(), d.at("Library/Caches/Dot/.")));
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Plain")), (Removal{true, std::nullopt}));
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Slash/")), (Removal{true, std::nullopt}));
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Caches/Dot/.")), (Removal{true, std::nullopt}));
     EXPECT_TRUE(fs::is_empty(d.at("Library/Caches")));
     expectDecoyIntact();
 }
 
-TEST_F(SafeRemove, NothingIsReachedThroughALinkOnTheWayOrOutsideTheGrantedFolder) {
-    d.link("Library/Way", d.at("/Elsewhere"));
-    for (const std::string& target :
-         {d.at("Library/Way/keep.txt"), d.at("Library/Way/Sub"), d.at("/Elsewhere/keep.txt"), d.at("/outside.txt"),
-          d.home(), d.home() + "/", d.home() + "/Library/..", d.at("/Users"), std::string("/"),
-          d.home() + "/../../Elsewhere"}) {
-        EXPECT_FALSE(removeItem(boundary(), target)) << target;
+TEST_F(SafeRemove, NothingIsReachedThroughALinkOnTheWayOrOutsideTheGrantedFolderAndTheReasonIsGiven) {
+    d.link("Library/Way", d.at("/Elsewhere")).text("Library/File", "f");
+    for (const std::string& target : {d.at("Library/Way/keep.txt"), d.at("Library/Way/Sub"), d.at("Library/File/x")}) {
+        EXPECT_EQ(removeItem(boundary(), target), (Removal{false, LeftReason::BehindLink})) << target;
     }
+    for (const std::string& target :
+         {d.at("/Elsewhere/keep.txt"), d.at("/outside.txt"), d.home(), d.home() + "/", d.home() + "/Library/..",
+          d.at("/Users"), std::string("/"), d.home() + "/../../Elsewhere"}) {
+        EXPECT_EQ(removeItem(boundary(), target), (Removal{false, LeftReason::OutsideBoundary})) << target;
+    }
+    EXPECT_EQ(removeItem(boundary(), d.at("Library/Missing/x")), (Removal{}));
     expectDecoyIntact();
     EXPECT_TRUE(exists(d.at("Library/Way")));
+}
+
+// The home is held from the start: a home swapped for a link afterwards changes nothing; and a path longer than the
+// system takes whole is reached one component at a time.
+TEST_F(SafeRemove, TheHeldHomeOutlivesASwapAndPathsOfAnyLengthAreReached) {
+    d.text("Library/Caches/Tick/a.txt", "a");
+    const DeletionBoundary held = boundary();
+    std::filesystem::rename(d.home(), d.at("/Users/moved"));
+    ::symlink(d.at("/Elsewhere").c_str(), d.home().c_str());
+    d.text("/Elsewhere/Library/Caches/Tick/a.txt", "decoy"); // what the path now names
+    decoy = testing::treeContents(d.at("/Elsewhere"));
+    EXPECT_EQ(removeItem(held, d.at("Library/Caches/Tick")), (Removal{true, std::nullopt}));
+    EXPECT_FALSE(exists(d.at("/Users/moved/Library/Caches/Tick")));
+    expectDecoyIntact();
+
+    // Forty folders of 200 bytes each below the home: more than a path the system takes at once.
+    std::string relative;
+    int at = ::open(d.at("/Users/moved").c_str(), O_RDONLY | O_DIRECTORY);
+    for (int i = 0; i < 40; ++i) {
+        const std::string name(200, static_cast<char>('a' + i % 26));
+        relative += "/" + name;
+        ::mkdirat(at, name.c_str(), 0755);
+        const int next = ::openat(at, name.c_str(), O_RDONLY | O_DIRECTORY);
+        ::close(at);
+        at = next;
+    }
+    ::close(::openat(at, "leaf", O_CREAT | O_WRONLY | O_CLOEXEC, 0644));
+    ::close(at);
+    ASSERT_GT(relative.size(), std::size_t{PATH_MAX});
+    EXPECT_EQ(removeItem(held, d.home() + relative + "/leaf"), (Removal{true, std::nullopt}));
+    EXPECT_EQ(removeItem(held, d.home() + relative.substr(0, 201)), (Removal{true, std::nullopt}));
+    EXPECT_FALSE(exists(d.at("/Users/moved/") + std::string(200, 'a')));
 }
 
 TEST_F(SafeRemove, CleaningMetadataThatPointsAwayChangesNothingOutsideTheHome) {
@@ -110,10 +153,15 @@ TEST_F(SafeRemove, CleaningMetadataThatPointsAwayChangesNothingOutsideTheHome) {
           RecordList{makeRecord({{"AllList", UrlList{FileUrl{"/"}, disk.homeUrl(), FileUrl{d.at("/Elsewhere")}}},
                                  {"NameText", std::string("Add-on")},
                                  {"isChecked", true}})}}});
-    CleaningEngine(CleanMode::Interactive, boundary()).cleanSelected({chrome.section, addOns});
+    CleaningEngine engine(CleanMode::Interactive, boundary());
+    engine.cleanSelected({chrome.section, addOns});
+    const CleanOutcome outcome = engine.joinAll();
     expectDecoyIntact();
-    EXPECT_FALSE(exists(d.at("Library/Elsewhere/Cookies"))); // inside the home, where the name leads
+    // Profile names that climb are no profile folders at all: not even the home's "Library/Elsewhere" is touched.
+    EXPECT_TRUE(exists(d.at("Library/Elsewhere/Cookies")));
     EXPECT_TRUE(exists(d.at("/Applications/Safari.app")));
+    ASSERT_EQ(outcome.left.size(), 3U);
+    EXPECT_EQ(outcome.left[0], (LeftAsItWas{"/", LeftReason::OutsideBoundary, {}}));
 }
 
 TEST_F(SafeRemove, TenThousandLevelsGoWithinASmallDescriptorLimit) {
@@ -124,9 +172,9 @@ TEST_F(SafeRemove, TenThousandLevelsGoWithinASmallDescriptorLimit) {
     ::getrlimit(RLIMIT_NOFILE, &saved);
     const rlimit small{64, saved.rlim_max};
     ::setrlimit(RLIMIT_NOFILE, &small);
-    const bool removed = removeItem(boundary(), d.at("d"));
+    const Removal removed = removeItem(boundary(), d.at("d"));
     ::setrlimit(RLIMIT_NOFILE, &saved);
-    EXPECT_TRUE(removed);
+    EXPECT_EQ(removed, (Removal{true, std::nullopt}));
     EXPECT_FALSE(exists(d.at("d")));
 }
 
@@ -140,9 +188,12 @@ TEST_F(SafeRemove, WhatCannotBeRemovedIsPassedOverAndTheRestStillGoes) {
     ::lchown(d.at("Tick").c_str(), 65534, 65534);
     ::chmod(d.at("Tick/Locked").c_str(), 0555);
     const std::string home = d.home();
-    const auto removed =
-        testing::runUnprivileged([&] { return std::int64_t{removeItem(DeletionBoundary(home), home + "/Tick")}; });
-    EXPECT_EQ(removed, 0); // the folder itself stays, holding what could not go
+    const auto removed = testing::runUnprivileged([&] {
+        const Removal result = removeItem(DeletionBoundary(home), home + "/Tick");
+        return std::int64_t{result.left ? static_cast<std::int64_t>(*result.left) : -1};
+    });
+    // The folder itself stays, holding what could not go.
+    EXPECT_EQ(removed, static_cast<std::int64_t>(LeftReason::NotRemovable));
     EXPECT_TRUE(exists(d.at("Tick/Locked/inside.txt")));
     EXPECT_FALSE(exists(d.at("Tick/a.txt")));
     EXPECT_FALSE(exists(d.at("Tick/z")));
@@ -158,10 +209,10 @@ TEST_F(SafeRemove, AFolderOnAnotherFileSystemIsNeverEntered) {
         ~Unmount() { ::umount(path.c_str()); }
     } unmount{d.at("Tick/Mounted")};
     d.text("Tick/Mounted/other.txt", "on another file system");
-    removeItem(boundary(), d.at("Tick"));
+    EXPECT_EQ(removeItem(boundary(), d.at("Tick")), (Removal{false, LeftReason::NotRemovable}));
     EXPECT_TRUE(exists(d.at("Tick/Mounted/other.txt")));
     EXPECT_FALSE(exists(d.at("Tick/a.txt")));
-    EXPECT_FALSE(removeItem(boundary(), d.at("Tick/Mounted/other.txt")));
+    EXPECT_EQ(removeItem(boundary(), d.at("Tick/Mounted/other.txt")), (Removal{false, LeftReason::OtherMount}));
 }
 
 } // namespace

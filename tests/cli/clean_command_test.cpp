@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
+#include <sqlite3.h>
 
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
 #include "cli/cli.hpp"
 #include "support/fake_running_apps.hpp"
+#include "support/hostile_inputs.hpp"
 #include "support/literal_purge.hpp"
 #include "support/sample_disk.hpp"
 
@@ -48,7 +51,9 @@ protected:
 
 TEST_F(CleaningCommands, CleanDeletesNothingWithoutAYesOrWhileAConcernedBrowserRuns) {
     const auto before = home();
-    EXPECT_EQ(run({"clean"}, nothingRuns).status, 4);
+    const ToolRun unattended = run({"clean"}, nothingRuns);
+    EXPECT_EQ(unattended.status, 4);
+    EXPECT_NE(unattended.err.find("no terminal to confirm on; --yes answers yes"), std::string::npos) << unattended.err;
     const ToolRun no = run({"clean"}, nothingRuns, "n\n", true);
     EXPECT_EQ(no.status, 4);
     EXPECT_EQ(no.err, "Are you sure you want to erase selected privacy data? [y/N] ");
@@ -102,6 +107,71 @@ TEST_F(CleaningCommands, PurgeRunsTheHourlyPurgeOnceUnlessABrowserRuns) {
         EXPECT_GT(purged.err.find(text), purged.err.find("] Remove Start")) << text;
     }
     EXPECT_EQ(run({"purge", "--words", words.path() + "/none.txt"}, nothingRuns).status, 2);
+}
+
+// Words are literal text, never SQL, and a row goes by its own 64-bit id: "%", "_" and a quote that would empty a
+// history leave every ordinary visit, and an adult row whose id is 2^32 + 4 goes while row 4 stays.
+TEST_F(CleaningCommands, PurgeRemovesExactlyTheRowsHoldingAWordAsTextEachByItsOwnId) {
+    const std::string chrome = disk + "/Users/ann/Library/Application Support/Google/Chrome/Default/History";
+    const std::vector<std::string> sample = testing::tableDump(chrome, "urls");
+    sqlite3* db = nullptr;
+    sqlite3_open(chrome.c_str(), &db);
+    sqlite3_exec(db, "INSERT INTO urls (id, url, title) VALUES (4294967300, 'https://tracker-of-adults.example/', '')",
+                 nullptr, nullptr, nullptr);
+    sqlite3_close(db);
+    testing::TempFolder words;
+    testing::DiskBuilder(words.path()).text("/words.txt", "%\n_\n' OR '1'='1\n\"\nx_x\ntracker-of-adults\n");
+    const ToolRun purged = run({"purge", "--words", words.path() + "/words.txt"}, nothingRuns);
+    EXPECT_EQ(purged.status, 0) << purged.err;
+    EXPECT_EQ(testing::tableDump(chrome, "urls"), sample);
+    EXPECT_EQ(safariVisits(), 8U);
+}
+
+// A word list past its limits is refused whole, with the reason, and nothing is purged.
+TEST_F(CleaningCommands, PurgeRefusesAWordListPastItsLimitsAndChangesNothing) {
+    testing::TempFolder lists;
+    testing::DiskBuilder(lists.path())
+        .text("/nested.plist", testing::nestedXmlPlist(200000))
+        .text("/cycle.plist", testing::cyclicBinaryPlist())
+        .text("/huge.txt", testing::randomWordLines(13'000'000, 3));
+    const auto before = home();
+    for (const char* list : {"nested.plist", "cycle.plist", "huge.txt"}) {
+        const ToolRun refused = run({"purge", "--words", lists.path() + "/" + list}, nothingRuns);
+        EXPECT_EQ(refused.status, 2) << list;
+        EXPECT_TRUE(refused.err.starts_with("tidewell-cli: '" + lists.path() + "/" + list + "': the word list "))
+            << refused.err;
+    }
+    EXPECT_EQ(home(), before);
+}
+
+// What a purge or clean leaves as it was is named on standard error with the reason, and the run ends with 5; a
+// purge that changed nothing does not log that it deleted.
+TEST_F(CleaningCommands, PurgeAndCleanEndWithFiveNamingWhatTheyLeftAsItWas) {
+    const std::string chrome = disk + "/Users/ann/Library/Application Support/Google/Chrome/Default/History";
+    testing::writeHistoryDatabase(disk + "/Elsewhere/History", testing::Browser::Chrome, testing::sampleHistoryUrls());
+    fs::remove(chrome);
+    fs::create_hard_link(disk + "/Elsewhere/History", chrome);
+    std::ofstream(temp.path() + "/words.txt") << "porn\n";
+    const ToolRun left = run({"purge", "--words", temp.path() + "/words.txt"}, nothingRuns);
+    EXPECT_EQ(left.status, 5);
+    EXPECT_NE(left.err.find("tidewell-cli: " + chrome + ": left as it was: "), std::string::npos) << left.err;
+    EXPECT_EQ(left.err.find("] Chrome Deleted"), std::string::npos) << left.err;
+    EXPECT_NE(left.err.find("] Safari Deleted"), std::string::npos) << left.err;
+    EXPECT_EQ(testing::tableDump(disk + "/Elsewhere/History", "urls").size(), 8U);
+
+    // An add-on that Firefox's list records at the home's Documents folder: listed, never removed.
+    const std::string profile =
+        disk + "/Users/ann/Library/Application Support/Firefox/Profiles/k2x9w0aq.default-release";
+    fs::create_directories(disk + "/Users/ann/Documents");
+    std::ofstream(disk + "/Users/ann/Documents/letter.txt") << "dear";
+    std::ofstream(profile + "/extensions.json")
+        << R"({"addons":[{"defaultLocale":{"name":"Mover"},"version":"1","path":")" << disk
+        << R"(/Users/ann/Documents"}]})";
+    const ToolRun cleaned = run({"clean", "--yes"}, nothingRuns);
+    EXPECT_EQ(cleaned.status, 5);
+    EXPECT_NE(cleaned.err.find("tidewell-cli: " + disk + "/Users/ann/Documents: left as it was: "), std::string::npos)
+        << cleaned.err;
+    EXPECT_TRUE(fs::exists(disk + "/Users/ann/Documents/letter.txt"));
 }
 
 } // namespace

@@ -77,7 +77,7 @@ TEST_F(InventoryCommands, InventoryListsEachKindSystemFirst) {
     EXPECT_EQ(on({"inventory", "apps", "--json"}, "bare").out, "[]\n");
 }
 
-TEST_F(InventoryCommands, AnUnknownOrMissingKindIsAUsageError) {
+TEST_F(InventoryCommands, AnUnknownOrMissingKindIsAUsageErrorThatListsTheKinds) {
     for (const std::vector<std::string>& args :
          {std::vector<std::string>{"inventory"}, {"inventory", "fonts"}, {"inventory", "apps", "extra"}}) {
         const ToolRun run = on(args);
@@ -85,6 +85,10 @@ TEST_F(InventoryCommands, AnUnknownOrMissingKindIsAUsageError) {
         EXPECT_TRUE(run.out.empty());
         EXPECT_EQ(std::ranges::count(run.err, '\n'), 1) << run.err;
     }
+    EXPECT_EQ(on({"inventory"}).err,
+              "tidewell-cli: inventory needs a kind: launch-agents, launch-daemons, app-support, apps\n");
+    EXPECT_NE(on({"inventory", "fonts"}).err.find("unknown inventory 'fonts'; the kinds are: launch-agents,"),
+              std::string::npos);
 }
 
 } // namespace

@@ -22,6 +22,9 @@ protected:
     static void SetUpTestSuite() {
         s_temp = new TempFolder();
         testing::writeSampleDisk(s_temp->path() + "/disk");
+        // A home that leads off the disk.
+        testing::DiskBuilder(s_temp->path() + "/elsewhere", "x");
+        testing::DiskBuilder(s_temp->path() + "/disk").link("/Users/mallory", s_temp->path() + "/elsewhere");
     }
     static void TearDownTestSuite() { delete s_temp; }
 
@@ -138,7 +141,22 @@ TEST_F(ScanCommand, UsageErrorsSayWhatIsWrongOnOneLine) {
         EXPECT_EQ(lineCount(run.err), 1U) << run.err;
         EXPECT_TRUE(run.err.starts_with("tidewell-cli: ")) << run.err;
     }
-    EXPECT_NE(runTool(on({"scan", "--tick", "Opera"})).err.find("no section named 'Opera'"), std::string::npos);
+    const std::string disk = s_temp->path() + "/disk";
+    const std::vector<std::pair<std::vector<std::string>, std::string>> said{
+        {on({"scan", "--tick", "Opera"}), "no section named 'Opera'"},
+        {on({"frobnicate"}),
+         "unknown command 'frobnicate'; the commands are: scan, extensions, inventory, clean, purge"},
+        {{"--root", disk}, "no command given; the commands are: scan,"},
+        {{"--root", disk, "--user", "nobody", "scan"},
+         "no home folder for 'nobody': nothing at " + disk + "/Users/nobody"},
+        {{"--root", disk, "--user", "mallory", "clean", "--yes"},
+         "the home folder " + disk + "/Users/mallory leads to " + s_temp->path() + "/elsewhere, outside the disk root"},
+    };
+    for (const auto& [args, text] : said) {
+        const ToolRun run = runTool(args);
+        EXPECT_EQ(run.status, 2) << text;
+        EXPECT_NE(run.err.find(text), std::string::npos) << run.err;
+    }
 }
 
 TEST_F(ScanCommand, HelpAndVersionGoToStandardOutput) {

@@ -3,7 +3,9 @@
 #include <random>
 
 #include "inventory/privacy_scan.hpp"
+#include "sources/chrome_local_state.hpp"
 #include "support/disk_builder.hpp"
+#include "support/hostile_inputs.hpp"
 
 namespace tidewell {
 namespace {
@@ -85,8 +87,35 @@ TEST_F(JsonReaders, WronglyTypedMembersReadAsEmptyText) {
               std::vector<std::string>{""});
     EXPECT_EQ(readAll(R"({"profile":{"info_cache":{"Default":{"name":1}}},"name":"__MSG_n__","n":"x","addons":"x"})"),
               std::make_pair(std::vector<std::string>{"__MSG_n__"}, std::size_t{0}));
-    EXPECT_EQ(readAll(R"({"profile":[],"addons":[1,null,[],{"defaultLocale":"x","path":5,"version":1e300}]})").second,
-              1U);
+    // An add-on whose location is not text has no place at all, and is left out.
+    EXPECT_EQ(
+        readAll(R"({"profile":[],"addons":[1,null,[],{"defaultLocale":"x","path":"/a","version":1e300},{"path":5}]})")
+            .second,
+        1U);
+}
+
+// "Local State"'s profiles come in file order, a key named twice keeping its first place and its last value, a
+// second "profile" or "info_cache" replacing the first; a key that is not one plain folder name leaves its profile
+// out, however many such keys there are.
+TEST(ChromeLocalState, ProfilesComeInFileOrderAndKeysThatClimbAreLeftOut) {
+    const auto folders = [](std::string_view text) {
+        std::vector<std::pair<std::string, std::string>> out;
+        for (const ChromeProfile& profile : chromeProfilesFromLocalState(text)) {
+            out.emplace_back(profile.folder, profile.name);
+        }
+        return out;
+    };
+    using Profiles = std::vector<std::pair<std::string, std::string>>;
+    EXPECT_EQ(folders(R"({"profile":{"info_cache":{"Z":{"name":"z"},"A":{"name":"a"},"Z":{"name":"z2"},"M":[]}}})"),
+              (Profiles{{"Z", "z2"}, {"A", "a"}, {"M", ""}}));
+    EXPECT_EQ(folders(R"({"profile":{"info_cache":{"A":{}}},"profile":{"x":1,"info_cache":{"B":{"name":"b"}}}})"),
+              (Profiles{{"B", "b"}}));
+    EXPECT_EQ(folders(R"({"profile":{"info_cache":{"A":{}},"info_cache":5}})"), Profiles{});
+    EXPECT_EQ(folders(R"({"profile":{"info_cache":{"A":{"name":"a","name":["x"]},"B":{"name":{"name":"n"}}}}})"),
+              (Profiles{{"A", ""}, {"B", ""}}));
+    EXPECT_EQ(folders(testing::hostileLocalState(80000, 6, "Decoy/Evil")), (Profiles{{"Default", "Person 1"}}));
+    EXPECT_EQ(folders(R"({"profile":{"info_cache":{"..\u0000":{},"a/b":{},".":{},"":{},"x\u0000y":{},"ok":{}}}})"),
+              (Profiles{{"ok", ""}}));
 }
 
 TEST_F(JsonReaders, RandomlyMutatedDocumentsAreReadWithoutACrash) {

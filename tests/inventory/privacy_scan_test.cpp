@@ -126,9 +126,9 @@ TEST_F(Inventories, FirefoxListsEveryProfilesAddonsAsRecorded) {
         .text(kProfiles + "c.broken/extensions.json", R"({"addons":[{"defaultLocale":{"name":"C"})")
         .text(kProfiles + "d.wrong/extensions.json", R"({"addons":{"defaultLocale":{"name":"D"}}})")
         .folder(kProfiles + "e.empty");
-    // Profiles in listing order, add-ons in list order: "Default" is skipped, "default" and no name are not.
-    const std::map<std::string, std::vector<std::string>> perProfile{{"a.default", {"default", "", ""}},
-                                                                     {"b.other", {"B"}}};
+    // Profiles in listing order, add-ons in list order: "Default" is skipped, "default" and no name are not; an
+    // add-on recorded nowhere names no place and is left out.
+    const std::map<std::string, std::vector<std::string>> perProfile{{"a.default", {"default", ""}}};
     std::vector<std::string> expected;
     for (const std::string& profile : listFolderNames(d.at(kProfiles))) {
         if (perProfile.contains(profile)) {
@@ -149,13 +149,13 @@ TEST_F(Inventories, FirefoxListsEveryProfilesAddonsAsRecorded) {
     EXPECT_GE(*byName["default"][0]->number("sizeExt"), 18000);
     EXPECT_EQ(byName[""][0]->text("urlExt"), packed); // a descriptor that is not text leaves "path"
     EXPECT_EQ(*byName[""][0]->number("sizeExt"), 0);  // a packed add-on measures nothing
-    EXPECT_EQ(byName[""][1]->text("urlExt"), "");
 }
 
-// A location in "extensions.json" can name anything: the inventory lists it as recorded, measures only a real
-// folder at an absolute path, and follows no link.
-TEST_F(Inventories, OddFirefoxLocationsAreListedWithoutHarm) {
-    d.file("/outside/secret/data", 70000).link("linked", temp.path() + "/outside/secret");
+// A location in "extensions.json" can name anything: the inventory lists an absolute path of plain names as
+// recorded, measures only a real folder, follows no link, and leaves out every location that is not such a path
+// (empty, relative, climbing, cut short by a NUL byte).
+TEST_F(Inventories, OddFirefoxLocationsAreListedWithoutHarmOrLeftOut) {
+    d.file("/outside/secret/data", 70000).link("linked", temp.path() + "/outside/secret").file("real/data", 70000);
     ASSERT_EQ(::mkfifo(d.at("fifo").c_str(), 0600), 0);
     const std::vector<std::string> locations{"",
                                              "relative/addon",
@@ -164,6 +164,7 @@ TEST_F(Inventories, OddFirefoxLocationsAreListedWithoutHarm) {
                                              d.at("linked"),
                                              d.at("fifo"),
                                              d.at("missing\n%20 ÿ"),
+                                             d.at("real"),
                                              d.at("/outside/secret") + std::string(1, '\0') + "x",
                                              d.home() + "/../../outside/secret/../secret"};
     nlohmann::ordered_json addons = nlohmann::ordered_json::array();
@@ -172,11 +173,12 @@ TEST_F(Inventories, OddFirefoxLocationsAreListedWithoutHarm) {
     }
     d.text(kProfiles + "p.default/extensions.json", nlohmann::ordered_json{{"addons", addons}}.dump());
     const RecordList records = firefox();
-    ASSERT_EQ(records.size(), locations.size());
-    for (std::size_t i = 0; i < locations.size(); ++i) {
-        EXPECT_EQ(records[i]->text("urlExt"), locations[i]) << i;
-        const bool realFolder = i + 1 == locations.size();
-        EXPECT_EQ(*records[i]->number("sizeExt"), realFolder ? sizes.fileSizeOf(d.at("/outside/secret/data")) : 0);
+    const std::vector<std::string> listed(locations.begin() + 3, locations.begin() + 8);
+    ASSERT_EQ(records.size(), listed.size());
+    for (std::size_t i = 0; i < listed.size(); ++i) {
+        EXPECT_EQ(records[i]->text("urlExt"), listed[i]) << i;
+        EXPECT_EQ(*records[i]->number("sizeExt"), listed[i] == d.at("real") ? sizes.fileSizeOf(d.at("real/data")) : 0)
+            << listed[i];
     }
 }
 

@@ -151,7 +151,7 @@ TEST(FolderGrantBoundary, AGrantBoundsTheCatalogueOfADiskReachedThroughALink) {
     EXPECT_EQ(disk->homePath(), temp.path() + "/real-disk/Users/ann");
     const auto grant = createFolderGrant(disk->homePath());
     ASSERT_TRUE(grant);
-    EXPECT_TRUE(removeItem(DeletionBoundary(grant->path), disk->inHome("Library/Caches/old").path));
+    EXPECT_TRUE(removeItem(DeletionBoundary(grant->path), disk->inHome("Library/Caches/old").path).removed);
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <sqlite3.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -12,24 +13,12 @@ namespace tidewell::testing {
 
 namespace {
 
-std::vector<int> queryIds(sqlite3* db, const std::string& sql, bool firefox) {
-    std::vector<int> ids;
+std::vector<std::int64_t> queryIds(sqlite3* db, const std::string& sql) {
+    std::vector<std::int64_t> ids;
     sqlite3_stmt* statement = nullptr;
     if (sqlite3_prepare_v2(db, sql.c_str(), -1, &statement, nullptr) == SQLITE_OK) {
-        int urlColumn = -1;
-        for (int i = 0; i < sqlite3_column_count(statement); ++i) {
-            if (sqlite3_stricmp(sqlite3_column_name(statement, i), "url") == 0) {
-                urlColumn = i;
-            }
-        }
         while (sqlite3_step(statement) == SQLITE_ROW) {
-            if (firefox && urlColumn >= 0) {
-                sqlite3_column_text(statement, urlColumn);
-            }
-            ids.push_back(sqlite3_column_int(statement, 0));
-            if (firefox) {
-                sqlite3_column_text(statement, 1);
-            }
+            ids.push_back(sqlite3_column_int64(statement, 0));
         }
     }
     sqlite3_finalize(statement);
@@ -45,16 +34,14 @@ void literalPurge(const std::string& databasePath, const std::string& table, con
         sqlite3_close(db);
         return;
     }
-    std::vector<std::string> ids;
+    std::vector<std::int64_t> ids;
     for (const std::string& word : words) {
-        for (const int id :
-             queryIds(db, "SELECT * FROM " + table + " WHERE url LIKE '%" + word + "%'", table == "moz_places")) {
-            ids.push_back(std::to_string(id));
+        for (const std::int64_t id : queryIds(db, "SELECT * FROM " + table + " WHERE url LIKE '%" + word + "%'")) {
+            ids.push_back(id);
         }
     }
-    for (const std::string& id : ids) {
-        const std::string sql =
-            "DELETE FROM " + table + std::string(39, ' ') + "WHERE id = " + std::to_string(std::stoi(id));
+    for (const std::int64_t id : ids) {
+        const std::string sql = "DELETE FROM " + table + " WHERE id = " + std::to_string(id);
         sqlite3_exec(db, sql.c_str(), nullptr, nullptr, nullptr);
     }
     sqlite3_close(db);

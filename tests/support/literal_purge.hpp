@@ -6,10 +6,11 @@
 
 namespace tidewell::testing {
 
-/// The adult-history purge written the plain way, as the reference the fast one must agree with: for each word
-/// one query "SELECT * FROM <table> WHERE url LIKE '%<word>%'" made by pasting the word in, each row's column 0
-/// read as a 32-bit integer (and for moz_places the url and column 1 read as text too), then for each id found
-/// one "DELETE FROM <table>" + 39 blanks + "WHERE id = <id>" on its own. Opens the database by its file URL.
+/// The adult-history purge written the plain way, as the reference the fast one must agree with for plain words
+/// (ASCII, without "%", "_" or "'", which this one would take as SQL): for each word one query
+/// "SELECT * FROM <table> WHERE url LIKE '%<word>%'" made by pasting the word in, each row's column 0 read as a
+/// 64-bit integer, then for each id found one "DELETE FROM <table> WHERE id = <id>" on its own. Opens the
+/// database by its file URL.
 void literalPurge(const std::string& databasePath, const std::string& table, const std::vector<std::string>& words);
 
 /// Every row of a table, each column given as SQL's quote() shows it, in rowid order.

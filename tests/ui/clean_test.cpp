@@ -4,6 +4,7 @@
 #include <QPushButton>
 
 #include "support/fake_running_apps.hpp"
+#include "support/log_capture.hpp"
 #include "support/sample_disk.hpp"
 #include "ui/browser_window.hpp"
 #include "ui/progress_indicator.hpp"
@@ -169,7 +170,14 @@ TEST_F(CleanTest, WithNoBrowserRunningYesCleansAfterTheIndicatorAndNoKeepsEveryt
     EXPECT_FALSE(controller().scannignIndicator()->isAnimating());
 }
 
+// The window holds the granted folder for each clean: what lies outside it is left and logged, and a folder that
+// is no longer the one granted (moved away, another made in its place) is not cleaned at all.
 TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolder) {
+    const LogCapture logs;
+    const auto logged = [&](const std::string& line) {
+        const std::vector<std::string> lines = logs.lines();
+        return std::ranges::find(lines, line) != lines.end();
+    };
     disk.file("Library/Caches/inside", 10).file("Library/Caches/unticked", 10).file("/outside", 10);
     const FileUrl inside{disk.at("Library/Caches/inside")};
     const FileUrl unticked{disk.at("Library/Caches/unticked")};
@@ -185,6 +193,17 @@ TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolde
     waitForScan();
     EXPECT_TRUE(exists("/outside")) << "outside the home folder Tidewell was granted";
     EXPECT_TRUE(exists("Library/Caches/unticked"));
+    EXPECT_TRUE(logged(outside.path + ": left as it was: it lies outside the folder Tidewell may clean"));
+
+    std::filesystem::rename(disk.home(), disk.at("/Users/ann-moved"));
+    disk.file("Library/Caches/inside", 10);
+    answerYes();
+    controller().removeButton()->click();
+    EXPECT_TRUE(QTest::qWaitFor(
+        [&] { return logged(inside.path + ": left as it was: it lies outside the folder Tidewell may clean"); },
+        10000));
+    EXPECT_TRUE(exists("Library/Caches/inside")) << "not the granted folder";
+    waitForScan();
 }
 
 } // namespace

@@ -1,0 +1,56 @@
+#include "cleaning/clean_outcome.hpp"
+
+#include <fmt/format.h>
+
+#include <iterator>
+
+namespace tidewell {
+
+namespace {
+
+const char* reasonText(LeftReason reason) {
+    switch (reason) {
+    case LeftReason::OutsideBoundary:
+        return "it lies outside the folder Tidewell may clean";
+    case LeftReason::OutsideOwnFolder:
+        return "it lies outside its profile's extensions folder";
+    case LeftReason::BehindLink:
+        return "a link, or something that is not a folder, stands on the way to it";
+    case LeftReason::OtherMount:
+        return "it lies on another file system or mount";
+    case LeftReason::NotRemovable:
+        return "it could not be removed, or not all of it";
+    case LeftReason::Locked:
+        return "another program holds the database locked";
+    case LeftReason::Damaged:
+        return "the database is damaged";
+    case LeftReason::NotPlainFile:
+        return "the database or one of its journal files has other hard links or is not a plain file";
+    case LeftReason::ReadOnly:
+        return "the database cannot be written";
+    case LeftReason::StillReadable:
+        return "another program is reading the database, so the removed visits stay in its files until it stops";
+    case LeftReason::CannotOpen:
+        return "the database cannot be opened";
+    }
+    return "";
+}
+
+} // namespace
+
+void CleanOutcome::add(CleanOutcome other) {
+    removed.insert(removed.end(), std::make_move_iterator(other.removed.begin()),
+                   std::make_move_iterator(other.removed.end()));
+    purged.insert(purged.end(), std::make_move_iterator(other.purged.begin()),
+                  std::make_move_iterator(other.purged.end()));
+    left.insert(left.end(), std::make_move_iterator(other.left.begin()), std::make_move_iterator(other.left.end()));
+}
+
+std::string describe(const LeftAsItWas& left) {
+    if (left.detail.empty()) {
+        return fmt::format("{}: left as it was: {}", left.location, reasonText(left.reason));
+    }
+    return fmt::format("{}: left as it was: {} ({})", left.location, reasonText(left.reason), left.detail);
+}
+
+} // namespace tidewell

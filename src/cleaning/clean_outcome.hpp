@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tidewell {
+
+/// Why a ticked location or a history database was left as it was.
+enum class LeftReason {
+    OutsideBoundary,  // not inside the folder Tidewell may clean (or a name that climbs out of it)
+    OutsideOwnFolder, // an extension's recorded location outside its profile's extensions folder
+    BehindLink,       // a link, or something that is not a folder, stands on the way to it
+    OtherMount,       // it lies on another file system or mount
+    NotRemovable,     // it, or some of what it holds, could not be removed
+    Locked,           // another program holds the database locked
+    Damaged,          // SQLite finds the database damaged
+    NotPlainFile,     // the database, its journal, log or shared-memory file has other hard links or is no file
+    ReadOnly,         // the database cannot be written
+    StillReadable,    // purged, but another program's open snapshot keeps the removed visits in its files
+    CannotOpen,       // the database cannot be opened for another reason
+};
+
+/// One location or database left as it was, and why.
+struct LeftAsItWas {
+    std::string location; // the path as the catalogue gives it
+    LeftReason reason = LeftReason::NotRemovable;
+    std::string detail; // what is known beyond the reason ("History-journal has 2 links", SQLite's message)
+
+    friend bool operator==(const LeftAsItWas&, const LeftAsItWas&) = default;
+};
+
+/// A history database whose purge was committed, and how many rows it removed.
+struct PurgedDatabase {
+    std::string database;
+    std::int64_t rowsRemoved = 0;
+
+    friend bool operator==(const PurgedDatabase&, const PurgedDatabase&) = default;
+};
+
+/// What a clean did: the locations it removed, the databases it purged, and everything ticked that it left as it
+/// was, with the reason. Locations that were already gone are in none of the lists.
+struct CleanOutcome {
+    std::vector<std::string> removed;
+    std::vector<PurgedDatabase> purged;
+    std::vector<LeftAsItWas> left;
+
+    /// Appends another outcome's lists to these.
+    void add(CleanOutcome other);
+    /// Whether anything ticked was left as it was.
+    [[nodiscard]] bool leftAnything() const { return !left.empty(); }
+};
+
+/// One line naming what was left and why: "<location>: left as it was: <reason>[ (<detail>)]".
+[[nodiscard]] std::string describe(const LeftAsItWas& left);
+
+} // namespace tidewell
