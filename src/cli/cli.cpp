@@ -64,6 +64,14 @@ std::string oneLine(std::string message) {
 
 } // namespace
 
+bool homeIsUsable(CommandContext& context) {
+    if (const auto home = context.disk.checkHome(); !home) {
+        reportUsageError(context.io, home.error().message);
+        return false;
+    }
+    return true;
+}
+
 int reportUsageError(CliIo& io, std::string_view message) {
     io.err << kProgram << ": " << message << '\n';
     return kExitUsage;
@@ -143,9 +151,6 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
     const auto disk = DiskRoot::make(rootDir, user);
     if (!disk) {
         return reportUsageError(io, disk.error());
-    }
-    if (const auto home = disk->checkHome(); !home) {
-        return reportUsageError(io, home.error().message);
     }
     CommandContext context{*disk, io};
     for (const CLI::App* used : app.get_subcommands()) {

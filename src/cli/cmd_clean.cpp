@@ -61,6 +61,9 @@ CommandRunner addCleanCommand(CLI::App& app) {
     const TickOptions ticks = addTickOptions(*command);
 
     return [command, yes, wait, json, ticks](CommandContext& context) {
+        if (!homeIsUsable(context)) {
+            return static_cast<int>(kExitUsage);
+        }
         CliIo& io = context.io;
         bool showing = false;
         ScanSession session(context.disk, standardBuilders(), [&](const RecordPtr& section) {

@@ -30,6 +30,9 @@ CommandRunner addExtensionsCommand(CLI::App& app) {
     command->add_flag("--json", *json, "Print the three inventories as one JSON object");
 
     return [json](CommandContext& context) {
+        if (!homeIsUsable(context)) {
+            return static_cast<int>(kExitUsage);
+        }
         std::ostream& out = context.io.out;
         SizeCounter sizes(SizeCounter::defaultWorkers(), {}, HeldFolder(context.disk.homePath()));
         const std::optional<RecordList> chrome = PrivacyScan::getChromeExtantionList(context.disk, sizes);

@@ -36,6 +36,9 @@ CommandRunner addInventoryCommand(CLI::App& app) {
             if (*kind != listing.name) {
                 continue;
             }
+            if (!homeIsUsable(context)) {
+                return static_cast<int>(kExitUsage);
+            }
             const UrlList urls = listing.list(context.disk);
             if (*json) {
                 out << toJson(urls).dump(2) << '\n';

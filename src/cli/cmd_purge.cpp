@@ -49,6 +49,9 @@ CommandRunner addPurgeCommand(CLI::App& app) {
         ->type_name("FILE");
 
     return [command, wordsFile](CommandContext& context) {
+        if (!homeIsUsable(context)) {
+            return static_cast<int>(kExitUsage);
+        }
         AdultWords words;
         if (command->count("--words") > 0) {
             std::expected<std::vector<std::string>, std::string> read = readWordList(*wordsFile);

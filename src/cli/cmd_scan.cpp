@@ -15,6 +15,9 @@ CommandRunner addScanCommand(CLI::App& app) {
     const TickOptions ticks = addTickOptions(*command);
 
     return [command, json, ticks](CommandContext& context) {
+        if (!homeIsUsable(context)) {
+            return static_cast<int>(kExitUsage);
+        }
         std::ostream& out = context.io.out;
         const bool streaming = !*json;
         ScanSession session(context.disk, standardBuilders(), [&](const RecordPtr& section) {

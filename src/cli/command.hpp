@@ -35,6 +35,11 @@ CommandRunner addScheduleCommand(CLI::App& app);
 /// The running browsers as the run sees them: the injected probe, or the system's (kept in `owned`).
 const RunningApplications& runningApplications(CliIo& io, std::unique_ptr<RunningApplications>& owned);
 
+/// Checks the home before a command works on the disk (the disk root and the login name are checked for every
+/// command; `schedule` never looks at the disk): a home that is not there, or that leads off the disk under
+/// --root, is reported as a usage error naming the folder. Returns whether the command may go on.
+[[nodiscard]] bool homeIsUsable(CommandContext& context);
+
 /// Prints a usage error found after parsing (a PATH that names nothing, say) as one line on the error stream and
 /// returns the usage exit status.
 int reportUsageError(CliIo& io, std::string_view message);

@@ -47,7 +47,8 @@ done
 
 # The kinds and actions the program accepts, from its own refusal of a word it does not know.
 accepted() {
-    { "$cli" "$1" no-such-word 2>&1 || true; } | sed -n 's/.*not in {\(.*\)}.*/\1/p' | tr , '\n' | sort
+    { "$cli" "$1" no-such-word 2>&1 || true; } |
+        sed -n -e 's/.*not in {\(.*\)}.*/\1/p' -e 's/.*; the kinds are: \(.*\)$/\1/p' | tr -d ' ' | tr , '\n' | sort
 }
 kinds=$(accepted inventory)
 [ -n "$kinds" ] || fail "the program named no inventory kinds"
