@@ -18,7 +18,6 @@
 #include "app/not_access_vc.hpp"
 #include "app/notification_centre.hpp"
 #include "app/open_panel.hpp"
-#include "app/relative_date.hpp"
 #include "app/scheduled_purge_watch.hpp"
 #include "platform/crash_report.hpp"
 #include "platform/log.hpp"
@@ -440,16 +439,6 @@ bool AppDelegate::isUserDirAccessible() {
     return makeBookMarkURLAccessible(keys::kSaveDirectory);
 }
 
-bool AppDelegate::isHDAccessible() {
-    if (m_startedGrants.isWritableFileAtPath(diskRootPath())) {
-        return false;
-    }
-    if (!m_settings.hasValue(keys::kSaveDirectoryForHD)) {
-        return false;
-    }
-    return makeBookMarkURLAccessible(keys::kSaveDirectoryForHD);
-}
-
 bool AppDelegate::makeBookMarkURLAccessible(const QString& key) {
     const std::optional<QByteArray> bytes = m_settings.dataForKey(key);
     if (!bytes) {
@@ -479,42 +468,6 @@ bool AppDelegate::storeFolderGrant(const QString& folder, std::initializer_list<
     }
     m_startedGrants.startAccessing(*grant);
     return true;
-}
-
-void AppDelegate::checkForHDAccess() {
-    if (isHDAccessible()) {
-        return;
-    }
-    const int answer = Alerts::runModal(
-        {QStringLiteral("Access Alert"),
-         QStringLiteral("Brackenfold does not have permission to scan your entire mac. Please grant root access or "
-                        "continue to only scan your user directory."),
-         {QStringLiteral("Continue"), QStringLiteral("Confirm Access")},
-         std::nullopt});
-    if (answer != kAlertFirstButtonReturn) {
-        confirmAccessAction();
-    }
-}
-
-void AppDelegate::confirmAccessAction() {
-    const OpenPanelRequest request{
-        QStringLiteral("Confirm Access"), QStringLiteral("Give access for scanning in your HardDisk"),
-        QString::fromStdString(diskRootPath()), [this](const QString& folder) { return panelShouldEnableURL(folder); },
-        [this](const QString& folder) { return panelValidateURL(folder); }};
-    const std::optional<QString> chosen = OpenPanel::run(request, m_window);
-    if (!chosen) {
-        return;
-    }
-    // The whole-disk grant ends here: nothing follows it, not even the main window.
-    storeFolderGrant(*chosen, {keys::kSaveDirectory, keys::kSaveDirectoryForHD});
-}
-
-bool AppDelegate::panelShouldEnableURL(const QString& folder) const {
-    return comparablePath(folder) == comparablePath(QString::fromStdString(diskRootPath()));
-}
-
-bool AppDelegate::panelValidateURL(const QString& folder) const {
-    return panelShouldEnableURL(folder);
 }
 
 std::optional<std::string> AppDelegate::grantedFolder() const {
@@ -548,10 +501,6 @@ void AppDelegate::disMissPanel() {
 
 BrowserPanelWindow* AppDelegate::browserWindow() const {
     return m_browserWindow;
-}
-
-QString AppDelegate::relativeDateStringForDate(const QDateTime& date) {
-    return tidewell::relativeDateStringForDate(date);
 }
 
 } // namespace tidewell

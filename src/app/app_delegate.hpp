@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QDateTime>
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -194,8 +193,6 @@ public:
     /// started grant (read backwards on purpose, so it says false the second time in a process), false when
     /// "SaveDirectory" is empty, else makeBookMarkURLAccessible("SaveDirectory").
     bool isUserDirAccessible();
-    /// The same for the whole disk, with the disk root and "SaveDirectoryForHD".
-    bool isHDAccessible();
     /// Reads the grant stored at key, resolves it and starts it (for the rest of the process); false when absent,
     /// unreadable, no longer resolving, or not started.
     bool makeBookMarkURLAccessible(const QString& key);
@@ -203,15 +200,6 @@ public:
     /// opens the folder for this run). When the grant cannot be made, removes keys, logs "Error bookmarking
     /// selected URL: <reason>" and shows the "Access Denied" alert. Returns whether the grant was made.
     bool storeFolderGrant(const QString& folder, std::initializer_list<QString> keys);
-    /// The whole-disk flow, reached from nowhere: unless isHDAccessible, the "Access Alert" alert, whose second
-    /// button "Confirm Access" leads to confirmAccessAction.
-    void checkForHDAccess();
-    /// The whole-disk open panel: only the disk root can be chosen; the grant is stored at "SaveDirectory" and
-    /// "SaveDirectoryForHD".
-    void confirmAccessAction();
-    /// The whole-disk panel's rules: exactly the disk root.
-    [[nodiscard]] bool panelShouldEnableURL(const QString& folder) const;
-    [[nodiscard]] bool panelValidateURL(const QString& folder) const;
     /// The deletion boundary: the first started grant's folder; nothing before a grant is started.
     [[nodiscard]] std::optional<std::string> grantedFolder() const;
     /// The grant of that folder, which the cleaning holds as its boundary.
@@ -235,9 +223,6 @@ public:
     void disMissPanel();
     /// `browserWindow`: the panel once made; null before, and after its main window went.
     [[nodiscard]] BrowserPanelWindow* browserWindow() const;
-
-    /// Relative dates for the last scan; see app/relative_date.hpp.
-    static QString relativeDateStringForDate(const QDateTime& date);
 
 signals:
     /// isRealTimeProtectionON, runOnStart or dockIcon may have changed: after the settings restore, a check box or

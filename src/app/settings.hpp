@@ -23,8 +23,6 @@ inline const QString kRunOnStart = QStringLiteral("kIsRunOnStart");
 inline const QString kDockIcon = QStringLiteral("IsDockIcon");
 /// bytes, the grant for the home folder (or whichever of the allowed folders the person chose).
 inline const QString kSaveDirectory = QStringLiteral("SaveDirectory");
-/// bytes, the grant for the whole disk.
-inline const QString kSaveDirectoryForHD = QStringLiteral("SaveDirectoryForHD");
 } // namespace keys
 
 /// Tidewell's stored settings: one settings file, plus defaults registered in memory that are consulted for an

@@ -129,41 +129,6 @@ TEST_F(AccessTest, AGrantForAFolderThatWasMovedOrDamagedIsNoGrant) {
     EXPECT_FALSE(delegate->grantedFolder());
 }
 
-TEST_F(AccessTest, TheWholeDiskFlowAsksFirstAndGrantsOnlyTheDiskRoot) {
-    delegate = makeDelegate();
-    Alerts::answerNextAlert(kAlertFirstButtonReturn);
-    delegate->checkForHDAccess();
-    ASSERT_EQ(Alerts::shownAlerts().size(), 1U);
-    const AlertContent& alert = Alerts::shownAlerts().front();
-    EXPECT_EQ(alert.messageText, "Access Alert");
-    EXPECT_EQ(alert.informativeText, "Brackenfold does not have permission to scan your entire mac. Please grant "
-                                     "root access or continue to only scan your user directory.");
-    EXPECT_EQ(alert.buttons, (QStringList{"Continue", "Confirm Access"}));
-    EXPECT_FALSE(OpenPanel::lastRequest()) << "Continue asks for nothing more";
-
-    Alerts::answerNextAlert(kAlertSecondButtonReturn);
-    OpenPanel::answerNextPanel(home());
-    delegate->checkForHDAccess();
-    ASSERT_TRUE(OpenPanel::lastRequest());
-    EXPECT_EQ(OpenPanel::lastRequest()->message, "Give access for scanning in your HardDisk");
-    EXPECT_EQ(OpenPanel::lastRequest()->startFolder, QString::fromStdString(disk.root()));
-    EXPECT_FALSE(delegate->settings().hasValue(keys::kSaveDirectoryForHD)) << "the home folder is not the disk";
-
-    Alerts::answerNextAlert(kAlertSecondButtonReturn);
-    OpenPanel::answerNextPanel(QString::fromStdString(disk.root()));
-    delegate->checkForHDAccess();
-    EXPECT_EQ(delegate->settings().dataForKey(keys::kSaveDirectory),
-              delegate->settings().dataForKey(keys::kSaveDirectoryForHD));
-    delegate.reset();
-
-    // At the next start the grant resolves, so nothing is asked.
-    delegate = makeDelegate();
-    Alerts::clearShownAlerts();
-    delegate->checkForHDAccess();
-    EXPECT_TRUE(Alerts::shownAlerts().empty());
-    EXPECT_EQ(delegate->grantedFolder(), disk.root());
-}
-
 TEST_F(AccessTest, TheRealPanelTakesOnlyAnAcceptedFolder) {
     const QString allowed = diskPath("/Users");
     FolderPanel panel({"Confirm Access", "Give access", home(),

@@ -35,13 +35,6 @@ TEST_F(AlertsTest, YesAnswersReturnAndNoAnswersEscape) {
     EXPECT_EQ(Alerts::shownAlerts().front().buttons, (QStringList{"Yes", "No"}));
 }
 
-TEST_F(AlertsTest, EscapePressesNothingInAnAlertWithoutAnEscapeButton) {
-    // Escape must not choose "Confirm Access" for the person.
-    pressInNextAlert({Qt::Key_Escape, Qt::Key_Return});
-    EXPECT_EQ(Alerts::runModal({"Access Alert", "", {"Continue", "Confirm Access"}, std::nullopt}),
-              kAlertFirstButtonReturn);
-}
-
 TEST_F(AlertsTest, TheOkAlertAsASheetDoesNotWaitAndStaysWithItsWindow) {
     QWidget window;
     window.show();
