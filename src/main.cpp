@@ -4,12 +4,11 @@
 #include <QCommandLineParser>
 #include <QIcon>
 #include <QStandardPaths>
-#include <QWidget>
 #include <cstdio>
 #include <memory>
 #include <string_view>
 
-#include "app/app_delegate.hpp"
+#include "app/application.hpp"
 #include "app/real_time_purge.hpp"
 #include "app/single_instance.hpp"
 #include "catalogue/disk_root.hpp"
@@ -149,26 +148,21 @@ int main(int argc, char** argv) {
     if (disk->rootPrefix().empty() && disk->loginName() == tidewell::DiskRoot::processLoginName()) {
         environment.purgeUnitFolder = QString::fromStdString(tidewell::defaultUserUnitFolder());
     }
-    tidewell::AppDelegate delegate(std::move(environment));
+    tidewell::Application application(std::move(environment));
 
     // Each hourly tick purges adult-site history inside the started grant; the purge's tasks run off the main
-    // thread and are waited for when Tidewell ends (the purger goes before the delegate).
+    // thread and are waited for when Tidewell ends (the purger goes before the application).
     tidewell::RealTimePurger purger(
-        *disk, [&delegate] { return delegate.startedGrant(); }, tidewell::systemRunningApplications());
-    delegate.setRealTimePurge([&purger] { purger.run(); });
+        *disk, [&application] { return application.cleaningGrant(); }, tidewell::systemRunningApplications());
+    application.setRealTimePurge([&purger] { purger.run(); });
 
-    // The main window (the item table) and the browser panel are made by the delegate when it needs them.
-    tidewell::installWindowFactories(delegate);
+    // The main window is made by the application when it needs it.
+    application.setMainWindowFactory(tidewell::mainWindowFactory());
 
-    QObject::connect(&instance, &tidewell::SingleInstance::reopenRequested, &delegate, [&delegate] {
-        bool visible = false;
-        for (const QWidget* window : QApplication::topLevelWidgets()) {
-            visible = visible || window->isVisible();
-        }
-        delegate.applicationShouldHandleReopen(visible);
-    });
+    QObject::connect(&instance, &tidewell::SingleInstance::reopenRequested, &application,
+                     &tidewell::Application::reopen);
     instance.listen();
 
-    delegate.applicationDidFinishLaunching();
+    application.start();
     return QApplication::exec();
 }

@@ -23,8 +23,8 @@ std::vector<AlertContent>& record() {
 
 // One QMessageBox shaped as the alert says: bold message, informative text, the application's icon, the buttons in
 // order with the first as default.
-QMessageBox* makeBox(const AlertContent& content, QWidget* parent, std::vector<QPushButton*>& buttons) {
-    auto* box = new QMessageBox(parent);
+QMessageBox* makeBox(const AlertContent& content, std::vector<QPushButton*>& buttons) {
+    auto* box = new QMessageBox;
     box->setWindowTitle(QApplication::applicationDisplayName());
     box->setText(content.messageText.isEmpty() ? QString()
                                                : QStringLiteral("<b>%1</b>").arg(content.messageText.toHtmlEscaped()));
@@ -64,36 +64,19 @@ int Alerts::runModal(const AlertContent& content) {
         return *answer;
     }
     std::vector<QPushButton*> buttons;
-    const std::unique_ptr<QMessageBox> box(makeBox(content, nullptr, buttons));
+    const std::unique_ptr<QMessageBox> box(makeBox(content, buttons));
     box->setWindowModality(Qt::ApplicationModal);
     box->exec();
     const auto pressed = std::find(buttons.begin(), buttons.end(), box->clickedButton());
     // Closing the box from its title bar presses nothing; it counts as the last button, the one that declines.
     const auto index =
         pressed == buttons.end() ? buttons.size() - 1 : static_cast<std::size_t>(pressed - buttons.begin());
-    return kAlertFirstButtonReturn + static_cast<int>(index);
+    return kAlertFirstButton + static_cast<int>(index);
 }
 
-int Alerts::createAlertForInformativeText(const QString& informativeText, const QString& messageText,
-                                          QWidget* /*forWindow*/) {
-    return runModal({messageText, informativeText, {QStringLiteral("Yes"), QStringLiteral("No")}, 1});
-}
-
-void Alerts::createAlertForInformativeText(const QString& informativeText, const QString& messageText, bool runModal,
-                                           QWidget* forWindow) {
-    const AlertContent content{messageText, informativeText, {QStringLiteral("OK")}, std::nullopt};
-    if (!runModal || forWindow == nullptr) {
-        Alerts::runModal(content);
-        return;
-    }
-    if (takeQueuedAnswer(content)) {
-        return;
-    }
-    std::vector<QPushButton*> buttons;
-    QMessageBox* sheet = makeBox(content, forWindow, buttons);
-    sheet->setAttribute(Qt::WA_DeleteOnClose);
-    sheet->setWindowModality(Qt::WindowModal);
-    sheet->open();
+bool Alerts::confirm(const QString& messageText, const QString& informativeText) {
+    return runModal({messageText, informativeText, {QStringLiteral("Yes"), QStringLiteral("No")}, 1}) ==
+           kAlertFirstButton;
 }
 
 void Alerts::answerNextAlert(int answer) {

@@ -5,13 +5,11 @@
 #include <optional>
 #include <vector>
 
-class QWidget;
-
 namespace tidewell {
 
-/// The answers an alert gives: the first button is kAlertFirstButtonReturn, the second one more, and so on.
-inline constexpr int kAlertFirstButtonReturn = 1000;
-inline constexpr int kAlertSecondButtonReturn = 1001;
+/// The answers an alert gives: the first button is kAlertFirstButton, the second one more, and so on.
+inline constexpr int kAlertFirstButton = 1000;
+inline constexpr int kAlertSecondButton = 1001;
 
 /// What an alert shows: a message in bold, an informative text under it, and its buttons from the first (the
 /// default, answered by Return) onwards. An alert with no buttons gets one "OK".
@@ -23,27 +21,20 @@ struct AlertContent {
     std::optional<int> escapeButton;
 };
 
-/// Tidewell's alerts. Each runs on the main thread, modal to the whole application unless it is begun as a sheet.
+/// Tidewell's alerts. Each runs on the main thread, modal to the whole application.
 ///
 /// Tests answer alerts without showing them: answerNextAlert queues an answer that the next alert takes instead
 /// of showing itself; every alert, shown or answered, is recorded for shownAlerts.
 class Alerts {
 public:
-    /// Runs an alert modally and returns the pressed button (kAlertFirstButtonReturn for the first).
+    /// Runs an alert modally and returns the pressed button (kAlertFirstButton for the first). Closing it from its
+    /// title bar counts as its last button.
     static int runModal(const AlertContent& content);
 
-    /// The Yes/No confirmation: "Yes" first, with Return, "No" second, with Escape. Returns the pressed button:
-    /// kAlertFirstButtonReturn means Yes. The window argument is not used; the alert is modal to the application
-    /// (this serves both the view-controller and the window forms of the confirmation).
-    static int createAlertForInformativeText(const QString& informativeText, const QString& messageText,
-                                             QWidget* forWindow);
+    /// The Yes/No confirmation: "Yes" first, with Return, "No" second, with Escape. True only for "Yes".
+    static bool confirm(const QString& messageText, const QString& informativeText);
 
-    /// The one-button "OK" alert. With runModal true it is begun as a sheet on forWindow (modal to that window
-    /// only, returning at once); otherwise, or with no window, it runs modal to the application.
-    static void createAlertForInformativeText(const QString& informativeText, const QString& messageText, bool runModal,
-                                              QWidget* forWindow);
-
-    /// Test seam: the next alert returns answer (kAlertFirstButtonReturn for its first button) without showing.
+    /// Test seam: the next alert returns answer (kAlertFirstButton for its first button) without showing.
     /// Answers queue up, one per alert.
     static void answerNextAlert(int answer);
     /// Every alert since the last clearShownAlerts, oldest first.

@@ -25,19 +25,19 @@ bool AppSettings::isStored(const QString& key) const {
     return m_settings.contains(key);
 }
 
-QVariant AppSettings::valueForKey(const QString& key) const {
+QVariant AppSettings::valueAt(const QString& key) const {
     if (m_settings.contains(key)) {
         return m_settings.value(key);
     }
     return m_registered.value(key);
 }
 
-bool AppSettings::boolForKey(const QString& key) const {
-    return valueForKey(key).toBool();
+bool AppSettings::boolAt(const QString& key) const {
+    return valueAt(key).toBool();
 }
 
-std::optional<QByteArray> AppSettings::dataForKey(const QString& key) const {
-    const QVariant value = valueForKey(key);
+std::optional<QByteArray> AppSettings::bytesAt(const QString& key) const {
+    const QVariant value = valueAt(key);
     if (!value.isValid()) {
         return std::nullopt;
     }
@@ -46,20 +46,20 @@ std::optional<QByteArray> AppSettings::dataForKey(const QString& key) const {
 
 void AppSettings::setBool(const QString& key, bool value) {
     m_settings.setValue(key, value);
-    synchronize();
+    sync();
 }
 
-void AppSettings::setData(const QString& key, const QByteArray& value) {
+void AppSettings::setBytes(const QString& key, const QByteArray& value) {
     m_settings.setValue(key, value);
-    synchronize();
+    sync();
 }
 
-void AppSettings::removeObject(const QString& key) {
+void AppSettings::remove(const QString& key) {
     m_settings.remove(key);
-    synchronize();
+    sync();
 }
 
-void AppSettings::synchronize() {
+void AppSettings::sync() {
     m_settings.sync();
 }
 

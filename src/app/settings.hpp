@@ -10,19 +10,19 @@ namespace tidewell {
 
 /// The keys of Tidewell's settings, the complete set it reads or writes.
 namespace keys {
-/// bool, registered YES at every launch (never stored): lets an uncaught exception end the process so that the
+/// bool, registered YES at every start (never stored): lets an uncaught exception end the process so that the
 /// crash reporter records it.
 inline const QString kCrashOnExceptions = QStringLiteral("NSApplicationCrashOnExceptions");
-/// bool, written NO at launch and at exit; nothing reads it.
-inline const QString kScan = QStringLiteral("Scan");
+/// bool, written NO at start and at exit; nothing reads it.
+inline const QString kScanFlag = QStringLiteral("Scan");
 /// bool, real-time scan on or off; absent reads as on.
 inline const QString kRealTimeScan = QStringLiteral("RealTimeScanONOFF");
 /// bool, start at login; absent reads as on and is written back.
-inline const QString kRunOnStart = QStringLiteral("kIsRunOnStart");
-/// bool, YES shows the main window in the taskbar; absent reads as NO and is written back.
-inline const QString kDockIcon = QStringLiteral("IsDockIcon");
-/// bytes, the grant for the home folder (or whichever of the allowed folders the person chose).
-inline const QString kSaveDirectory = QStringLiteral("SaveDirectory");
+inline const QString kRunAtStart = QStringLiteral("kIsRunOnStart");
+/// bool, YES gives the main window a taskbar entry; absent reads as NO and is written back.
+inline const QString kTaskbarEntry = QStringLiteral("IsDockIcon");
+/// bytes, the grant for the home folder (or whichever of the offered folders the person chose).
+inline const QString kHomeGrant = QStringLiteral("SaveDirectory");
 } // namespace keys
 
 /// Tidewell's stored settings: one settings file, plus defaults registered in memory that are consulted for an
@@ -44,24 +44,24 @@ public:
     [[nodiscard]] bool isStored(const QString& key) const;
 
     /// The key's value as a bool: the stored value, else the registered default, else false.
-    [[nodiscard]] bool boolForKey(const QString& key) const;
+    [[nodiscard]] bool boolAt(const QString& key) const;
     /// The key's bytes, or nothing when absent.
-    [[nodiscard]] std::optional<QByteArray> dataForKey(const QString& key) const;
+    [[nodiscard]] std::optional<QByteArray> bytesAt(const QString& key) const;
 
-    /// Stores a value and synchronises.
+    /// Stores a value and writes the file.
     void setBool(const QString& key, bool value);
-    void setData(const QString& key, const QByteArray& value);
-    /// Removes a stored value and synchronises; the registered default, if any, shows through again.
-    void removeObject(const QString& key);
+    void setBytes(const QString& key, const QByteArray& value);
+    /// Removes a stored value and writes the file; the registered default, if any, shows through again.
+    void remove(const QString& key);
 
     /// Writes pending changes to the file and reads changes made by others.
-    void synchronize();
+    void sync();
 
     /// The settings file.
     [[nodiscard]] QString fileName() const { return m_settings.fileName(); }
 
 private:
-    [[nodiscard]] QVariant valueForKey(const QString& key) const;
+    [[nodiscard]] QVariant valueAt(const QString& key) const;
 
     QSettings m_settings;
     QVariantMap m_registered;

@@ -4,7 +4,7 @@
 
 namespace tidewell {
 
-/// `AdultHistoryInfoView`: a few lines on what the "Adult History" row removes and when, shown in a popover at the
+/// A few lines on what the "Adult History" row removes and when, shown in a popover at the
 /// row's info button.
 class AdultHistoryInfoView : public QWidget {
     Q_OBJECT

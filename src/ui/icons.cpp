@@ -20,15 +20,27 @@ constexpr std::array<std::pair<std::string_view, std::string_view>, 6> kApplicat
     {"Finder.app", "system"},
 }};
 
+// The drawings a section's "Img" names by a name of its own.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 2> kDrawingImages{{
+    {"adult", "adult_history"},
+    {"Browser_ext", "browser_extensions"},
+}};
+
+QString latin1(std::string_view text) {
+    return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
+}
+
 QString resourceFor(const QString& name) {
     return QStringLiteral(":/icons/%1.svg").arg(name);
 }
 
 } // namespace
 
-QString imageNameForImg(std::string_view img) {
-    if (img.find('/') == std::string_view::npos && !img.ends_with(".app")) {
-        return img.empty() ? kGenericImage : QString::fromUtf8(img.data(), static_cast<qsizetype>(img.size()));
+QString sectionImageName(std::string_view img) {
+    for (const auto& [name, image] : kDrawingImages) {
+        if (img == name) {
+            return latin1(image);
+        }
     }
     while (img.ends_with('/')) {
         img.remove_suffix(1);
@@ -37,7 +49,7 @@ QString imageNameForImg(std::string_view img) {
     const std::string_view bundle = slash == std::string_view::npos ? img : img.substr(slash + 1);
     for (const auto& [name, image] : kApplicationImages) {
         if (bundle == name) {
-            return QString::fromLatin1(image.data(), static_cast<qsizetype>(image.size()));
+            return latin1(image);
         }
     }
     return kGenericImage;

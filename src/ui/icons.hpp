@@ -7,14 +7,13 @@
 
 namespace tidewell {
 
-/// The image a section's "Img" names: "Img" holds either an application's path (the icon of the application whose
-/// presence the section tests: "…/Safari.app", "…/Finder.app") or an image name of our own ("adult",
-/// "Browser_ext"). An application path gives the image drawn for that application; an application we have no
-/// drawing for, and an empty value, give the generic application image.
-[[nodiscard]] QString imageNameForImg(std::string_view img);
+/// The image of a section, from its "Img": either an application's path (the icon of the application whose presence
+/// the section tests: "…/Safari.app", "…/Finder.app") or the name of a drawing of ours ("adult", "Browser_ext"). An
+/// application we have no drawing for, and an empty value, give the generic application image.
+[[nodiscard]] QString sectionImageName(std::string_view img);
 
-/// One of Tidewell's own images by name ("Thornsweep", "DetatilsButton", "adult", "browser_safari", …); a name
-/// without an image gives the generic application image.
+/// One of Tidewell's own images by name ("promotion", "details_button", "adult_history", "browser_safari", …); a
+/// name without an image gives the generic application image.
 [[nodiscard]] QIcon namedImage(const QString& name);
 
 /// namedImage drawn at size × size logical pixels, sharp on a high-density screen.

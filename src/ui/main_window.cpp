@@ -1,29 +1,24 @@
 #include "ui/main_window.hpp"
 
-#include "app/app_delegate.hpp"
-#include "ui/browser_window.hpp"
+#include "app/window_host.hpp"
 
 namespace tidewell {
 
-std::unique_ptr<CustomWindow> makeMainWindow(AppDelegate& delegate, ToolsViewOptions options) {
-    auto window = std::make_unique<CustomWindow>();
-    window->setContentView(new ToolsViewController(&delegate, delegate.disk(), std::move(options)));
-    QObject::connect(window.get(), &CustomWindow::quitRequested, &delegate, &AppDelegate::terminateSelf);
-    QObject::connect(window.get(), &CustomWindow::minimizeRequested, &delegate, &AppDelegate::minimizeTo);
+std::unique_ptr<FramelessWindow> makeMainWindow(WindowHost& host, CatalogueViewOptions options) {
+    auto window = std::make_unique<FramelessWindow>();
+    window->setContentView(new CatalogueView(host, std::move(options)));
+    QObject::connect(window.get(), &FramelessWindow::quitRequested, &host, &WindowHost::quit);
+    QObject::connect(window.get(), &FramelessWindow::minimiseRequested, &host, &WindowHost::minimiseWindow);
     return window;
 }
 
-ToolsViewController* toolsViewControllerOf(const QWidget* window) {
-    const auto* custom = qobject_cast<const CustomWindow*>(window);
-    return custom != nullptr ? qobject_cast<ToolsViewController*>(custom->contentView()) : nullptr;
+std::function<std::unique_ptr<QWidget>(WindowHost&)> mainWindowFactory(CatalogueViewOptions options) {
+    return [options](WindowHost& host) -> std::unique_ptr<QWidget> { return makeMainWindow(host, options); };
 }
 
-void installWindowFactories(AppDelegate& delegate, ToolsViewOptions options) {
-    delegate.setMainWindowFactory(
-        [options](AppDelegate& owner) -> std::unique_ptr<QWidget> { return makeMainWindow(owner, options); });
-    delegate.setBrowserWindowFactory([](AppDelegate& owner, QWidget& mainWindow) -> BrowserPanelWindow* {
-        return new BrowserWindow(&owner, mainWindow);
-    });
+CatalogueView* catalogueViewOf(const QWidget* window) {
+    const auto* frameless = qobject_cast<const FramelessWindow*>(window);
+    return frameless != nullptr ? qobject_cast<CatalogueView*>(frameless->contentView()) : nullptr;
 }
 
 } // namespace tidewell

@@ -1,25 +1,24 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 
-#include "ui/tools_view_controller.hpp"
+#include "ui/catalogue_view.hpp"
 #include "ui/window_chrome.hpp"
 
 namespace tidewell {
 
-class AppDelegate;
+class WindowHost;
 
-/// The main window ("mainWindowID"): a CustomWindow whose content is a ToolsViewController on the delegate's disk.
-/// Its quit button ends Tidewell through the delegate (terminateSelf) and its minimise button minimises through it
-/// (minimizeTo). Made, it has asked the delegate to restore the settings and started the first scan; it is not
-/// shown.
-[[nodiscard]] std::unique_ptr<CustomWindow> makeMainWindow(AppDelegate& delegate, ToolsViewOptions options = {});
+/// The main window: a FramelessWindow whose content is a CatalogueView on the host's disk. Its quit button ends
+/// Tidewell and its minimise button minimises, through the host. Made, it has asked the host to restore the choices
+/// and started the first scan; it is not shown.
+[[nodiscard]] std::unique_ptr<FramelessWindow> makeMainWindow(WindowHost& host, CatalogueViewOptions options = {});
 
-/// The controller of a window made by makeMainWindow; null for any other window.
-[[nodiscard]] ToolsViewController* toolsViewControllerOf(const QWidget* window);
+/// What the application is given to make its main window on demand: makeMainWindow with options.
+[[nodiscard]] std::function<std::unique_ptr<QWidget>(WindowHost&)> mainWindowFactory(CatalogueViewOptions options = {});
 
-/// Gives the delegate the window side it makes on demand: the main window (makeMainWindow with options) and the
-/// browser panel (a BrowserWindow over the main window).
-void installWindowFactories(AppDelegate& delegate, ToolsViewOptions options = {});
+/// The catalogue view of a window made by makeMainWindow; null for any other window.
+[[nodiscard]] CatalogueView* catalogueViewOf(const QWidget* window);
 
 } // namespace tidewell

@@ -14,45 +14,45 @@ constexpr int kScreenMargin = 6;
 
 } // namespace
 
-// --- INPopoverWindow ---
+// --- PopoverWindow ---
 
-INPopoverWindow::INPopoverWindow(QWidget* content)
+PopoverWindow::PopoverWindow(QWidget* content)
     : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint), m_content(content) {
-    setObjectName(QStringLiteral("INPopoverWindow"));
+    setObjectName(QStringLiteral("PopoverWindow"));
     setAttribute(Qt::WA_TranslucentBackground);
     m_content->setParent(this);
     layOutContent();
 }
 
-void INPopoverWindow::setColor(const QColor& color) {
+void PopoverWindow::setColor(const QColor& color) {
     m_color = color;
     update();
 }
 
-void INPopoverWindow::setArrow(ArrowDirection direction, int tipX) {
+void PopoverWindow::setArrow(ArrowDirection direction, int tipX) {
     m_direction = direction;
     m_tipX = tipX;
     layOutContent();
     update();
 }
 
-QPoint INPopoverWindow::arrowTip() const {
+QPoint PopoverWindow::arrowTip() const {
     return {m_tipX, m_direction == ArrowDirection::Up ? 0 : height()};
 }
 
-QSize INPopoverWindow::sizeHint() const {
+QSize PopoverWindow::sizeHint() const {
     const QSize content = m_content->sizeHint();
     return {content.width() + 2 * kPadding, content.height() + 2 * kPadding + kArrowHeight};
 }
 
-void INPopoverWindow::layOutContent() {
+void PopoverWindow::layOutContent() {
     const QSize content = m_content->sizeHint();
     const int top = kPadding + (m_direction == ArrowDirection::Up ? kArrowHeight : 0);
     m_content->setGeometry(kPadding, top, content.width(), content.height());
     resize(sizeHint());
 }
 
-void INPopoverWindow::paintEvent(QPaintEvent* /*event*/) {
+void PopoverWindow::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const bool up = m_direction == ArrowDirection::Up;
@@ -74,25 +74,24 @@ void INPopoverWindow::paintEvent(QPaintEvent* /*event*/) {
     painter.drawPath(outline);
 }
 
-void INPopoverWindow::hideEvent(QHideEvent* event) {
+void PopoverWindow::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     emit closed();
 }
 
-// --- INPopoverController ---
+// --- Popover ---
 
-INPopoverController::INPopoverController(QWidget* content, QObject* parent)
-    : QObject(parent), m_window(new INPopoverWindow(content)) {}
+Popover::Popover(QWidget* content, QObject* parent) : QObject(parent), m_window(new PopoverWindow(content)) {}
 
-INPopoverController::~INPopoverController() {
+Popover::~Popover() {
     delete m_window;
 }
 
-void INPopoverController::setColor(const QColor& color) {
+void Popover::setColor(const QColor& color) {
     m_window->setColor(color);
 }
 
-void INPopoverController::presentPopoverFromRect(const QRect& rect, QWidget& view) {
+void Popover::showAt(const QRect& rect, QWidget& view) {
     const QSize size = m_window->sizeHint();
     const QPoint below = view.mapToGlobal(QPoint(rect.center().x(), rect.bottom() + 1));
     const QPoint above = view.mapToGlobal(QPoint(rect.center().x(), rect.top()));
@@ -103,8 +102,8 @@ void INPopoverController::presentPopoverFromRect(const QRect& rect, QWidget& vie
 
     // Below the rectangle unless the screen ends first; then above it.
     const bool fitsBelow = below.y() + size.height() <= area.bottom();
-    const INPopoverWindow::ArrowDirection direction =
-        fitsBelow ? INPopoverWindow::ArrowDirection::Up : INPopoverWindow::ArrowDirection::Down;
+    const PopoverWindow::ArrowDirection direction =
+        fitsBelow ? PopoverWindow::ArrowDirection::Up : PopoverWindow::ArrowDirection::Down;
     const QPoint tip = fitsBelow ? below : above;
     const int left =
         std::clamp(tip.x() - size.width() / 2, area.left(), std::max(area.left(), area.right() - size.width()));
@@ -116,11 +115,11 @@ void INPopoverController::presentPopoverFromRect(const QRect& rect, QWidget& vie
     m_window->raise();
 }
 
-void INPopoverController::closePopover() {
+void Popover::close() {
     m_window->hide();
 }
 
-bool INPopoverController::popoverIsVisible() const {
+bool Popover::isShown() const {
     return m_window->isVisible();
 }
 

@@ -7,10 +7,10 @@
 
 namespace tidewell {
 
-/// `INPopoverWindow`: the window of a popover: a rounded body in the popover's colour holding its content view,
+/// The window of a popover: a rounded body in the popover's colour holding its content view,
 /// with an arrow on its top or bottom edge that points at what the popover is about. It is a popup: a click
 /// outside it closes it.
-class INPopoverWindow : public QWidget {
+class PopoverWindow : public QWidget {
     Q_OBJECT
 public:
     /// Up: the arrow is on the top edge and the popover hangs below what it points at; Down: the reverse.
@@ -22,7 +22,7 @@ public:
     static constexpr int kPadding = 16;
 
     /// A popover window around content, which it takes.
-    explicit INPopoverWindow(QWidget* content);
+    explicit PopoverWindow(QWidget* content);
 
     [[nodiscard]] QWidget* contentView() const { return m_content; }
     void setColor(const QColor& color);
@@ -54,30 +54,30 @@ private:
     int m_tipX = 0;
 };
 
-/// `INPopoverController`: shows a content view in a popover whose arrow points at a rectangle of another view,
+/// Shows a content view in a popover whose arrow points at a rectangle of another view,
 /// below it where the screen has room and above it otherwise, kept on the screen.
-class INPopoverController : public QObject {
+class Popover : public QObject {
     Q_OBJECT
 public:
     /// A controller for content, which the popover takes.
-    explicit INPopoverController(QWidget* content, QObject* parent = nullptr);
-    ~INPopoverController() override;
-    INPopoverController(const INPopoverController&) = delete;
-    INPopoverController& operator=(const INPopoverController&) = delete;
+    explicit Popover(QWidget* content, QObject* parent = nullptr);
+    ~Popover() override;
+    Popover(const Popover&) = delete;
+    Popover& operator=(const Popover&) = delete;
 
     /// The popover's colour (white unless set).
     void setColor(const QColor& color);
 
     /// Shows the popover with its arrow at the middle of rect's near edge; rect is in view's coordinates.
-    void presentPopoverFromRect(const QRect& rect, QWidget& view);
-    void closePopover();
-    [[nodiscard]] bool popoverIsVisible() const;
+    void showAt(const QRect& rect, QWidget& view);
+    void close();
+    [[nodiscard]] bool isShown() const;
 
-    [[nodiscard]] INPopoverWindow* popoverWindow() const { return m_window; }
+    [[nodiscard]] PopoverWindow* popoverWindow() const { return m_window; }
     [[nodiscard]] QWidget* contentView() const { return m_window->contentView(); }
 
 private:
-    INPopoverWindow* m_window;
+    PopoverWindow* m_window;
 };
 
 } // namespace tidewell

@@ -8,22 +8,13 @@ namespace tidewell {
 
 namespace {
 
-const char* const kTagProperty = "tag";
 const QColor kAlternateRowColor{244, 247, 249};
 
 } // namespace
 
-void setTag(QObject& control, int tag) {
-    control.setProperty(kTagProperty, tag);
-}
-
-int tagOf(const QObject* control) {
-    if (control == nullptr) {
-        return -1;
-    }
-    bool ok = false;
-    const int tag = control->property(kTagProperty).toInt(&ok);
-    return ok ? tag : -1;
+Tick tickOf(const Record& record) {
+    const std::int64_t value = record.number("isChecked").value_or(0);
+    return value == 1 ? Tick::On : value == -1 ? Tick::Mixed : Tick::Off;
 }
 
 // --- TickBox ---
@@ -92,9 +83,8 @@ void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {
 
 // --- CellTable ---
 
-CellTable::CellTable(int tag, QWidget* parent)
-    : QScrollArea(parent), m_tag(tag), m_document(new QWidget), m_layout(new QVBoxLayout(m_document)) {
-    setProperty("tag", tag);
+CellTable::CellTable(QWidget* parent)
+    : QScrollArea(parent), m_document(new QWidget), m_layout(new QVBoxLayout(m_document)) {
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -119,9 +109,9 @@ CellTable::CellTable(int tag, QWidget* parent)
     connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &CellTable::fitMarginsToScrollBar);
 }
 
-void CellTable::reloadData() {
+void CellTable::reload() {
     ++m_reloads;
-    const int count = m_source != nullptr ? std::max(0, m_source->numberOfRowsInTableView(*this)) : 0;
+    const int count = m_source != nullptr ? std::max(0, m_source->rowCount()) : 0;
     const auto wanted = static_cast<std::size_t>(count);
     while (m_rows.size() > wanted) {
         delete m_rows.back();
@@ -130,7 +120,7 @@ void CellTable::reloadData() {
     m_rows.resize(wanted, nullptr);
     for (std::size_t row = 0; row < wanted; ++row) {
         QWidget* before = m_rows[row];
-        QWidget* view = m_source->tableViewForRow(*this, static_cast<int>(row), before);
+        QWidget* view = m_source->viewForRow(static_cast<int>(row), before);
         if (view != before) {
             delete before;
             m_rows[row] = view;
@@ -159,7 +149,7 @@ void CellTable::setRowHeight(int height) {
     }
 }
 
-void CellTable::setUsesAlternatingRowBackgroundColors(bool alternate) {
+void CellTable::setAlternatingRows(bool alternate) {
     m_alternate = alternate;
     for (int row = 0; row < numberOfRows(); ++row) {
         if (QWidget* view = viewAtRow(row)) {
@@ -184,7 +174,7 @@ void CellTable::fitMarginsToScrollBar() {
     m_layout->setContentsMargins(margins);
 }
 
-void CellTable::scrollToPoint(int y) {
+void CellTable::scrollTo(int y) {
     verticalScrollBar()->setValue(y);
 }
 

@@ -12,9 +12,8 @@ class QVBoxLayout;
 
 namespace tidewell {
 
-/// A control's tag: the row its table gave it, which its action reads back (-1 when none was given).
-void setTag(QObject& control, int tag);
-[[nodiscard]] int tagOf(const QObject* control);
+/// A record's "isChecked" as a tick box shows it: 1 on, -1 mixed, anything else (absent too) off.
+[[nodiscard]] Tick tickOf(const Record& record);
 
 /// A check box that shows three states (on, off, mixed) but is clicked between two: a click on a mixed or an
 /// unticked box ticks it, a click on a ticked box unticks it.
@@ -56,31 +55,29 @@ private:
 
 class CellTable;
 
-/// What fills a CellTable: its row count and the view of each row (`numberOfRowsInTableView:`,
-/// `tableView:viewForTableColumn:row:`).
+/// What fills one CellTable: its row count and the view of each row.
 class TableDataSource {
 public:
     virtual ~TableDataSource() = default;
-    [[nodiscard]] virtual int numberOfRowsInTableView(const CellTable& table) = 0;
+    [[nodiscard]] virtual int rowCount() const = 0;
     /// The view of row, set up from the records. reusable is the view the row had before (or null); returning it
     /// keeps it in place. Null leaves the row empty.
-    virtual QWidget* tableViewForRow(CellTable& table, int row, QWidget* reusable) = 0;
+    virtual QWidget* viewForRow(int row, QWidget* reusable) = 0;
 };
 
-/// A one-column table of row views in a scrolling area, told apart from other tables by its tag. Every row is
-/// rowHeight tall, rows are spacing apart, and with alternating row colours every second row is tinted. The
-/// views are made and set up by the data source on each reloadData; the table keeps no state of its own.
+/// A one-column table of row views in a scrolling area. Every row is rowHeight tall, rows are spacing apart, and
+/// with alternating row colours every second row is tinted. The views are made and set up by the data source on
+/// each reload; the table keeps no state of its own.
 class CellTable : public QScrollArea {
     Q_OBJECT
 public:
-    CellTable(int tag, QWidget* parent = nullptr);
+    explicit CellTable(QWidget* parent = nullptr);
 
-    [[nodiscard]] int tag() const { return m_tag; }
     void setDataSource(TableDataSource* source) { m_source = source; }
 
     /// Asks the data source for the rows again and lays them out.
-    void reloadData();
-    /// How many times reloadData ran.
+    void reload();
+    /// How many times reload ran.
     [[nodiscard]] int reloadCount() const { return m_reloads; }
 
     [[nodiscard]] int numberOfRows() const { return static_cast<int>(m_rows.size()); }
@@ -89,20 +86,19 @@ public:
 
     void setRowHeight(int height);
     [[nodiscard]] int rowHeight() const { return m_rowHeight; }
-    void setUsesAlternatingRowBackgroundColors(bool alternate);
-    [[nodiscard]] bool usesAlternatingRowBackgroundColors() const { return m_alternate; }
+    void setAlternatingRows(bool alternate);
+    [[nodiscard]] bool alternatesRows() const { return m_alternate; }
     /// The space around and between rows.
     void setRowSpacing(int spacing, QMargins margins);
 
     /// The vertical scroll position (the document view's visible top).
-    void scrollToPoint(int y);
+    void scrollTo(int y);
     [[nodiscard]] int scrollPosition() const;
 
 private:
     void paintRowBackground(QWidget& view, int row) const;
     void fitMarginsToScrollBar();
 
-    int m_tag;
     TableDataSource* m_source = nullptr;
     QWidget* m_document;
     QVBoxLayout* m_layout;

@@ -41,7 +41,7 @@ QPainterPath topRoundedRect(const QRectF& rect, qreal radius) {
 // --- WindowButton ---
 
 WindowButton::WindowButton(Kind kind, QWidget* parent) : QAbstractButton(parent), m_kind(kind) {
-    setObjectName(kind == Kind::Quit ? QStringLiteral("quitButton") : QStringLiteral("minimizeButton"));
+    setObjectName(kind == Kind::Quit ? QStringLiteral("quitButton") : QStringLiteral("minimiseButton"));
     setToolTip(kind == Kind::Quit ? QStringLiteral("Quit Tidewell") : QStringLiteral("Minimise"));
     setCursor(Qt::ArrowCursor);
     setFocusPolicy(Qt::NoFocus);
@@ -76,12 +76,12 @@ void WindowButton::leaveEvent(QEvent* event) {
     QAbstractButton::leaveEvent(event);
 }
 
-// --- WindowLightVIew ---
+// --- TitleBar ---
 
-WindowLightVIew::WindowLightVIew(QWidget* parent)
+TitleBar::TitleBar(QWidget* parent)
     : QWidget(parent), m_title(new QLabel(this)), m_quit(new WindowButton(WindowButton::Kind::Quit, this)),
-      m_minimize(new WindowButton(WindowButton::Kind::Minimise, this)) {
-    setObjectName(QStringLiteral("WindowLightVIew"));
+      m_minimise(new WindowButton(WindowButton::Kind::Minimise, this)) {
+    setObjectName(QStringLiteral("TitleBar"));
     setFixedHeight(kHeight);
     m_title->setObjectName(QStringLiteral("windowTitle"));
     m_title->setAlignment(Qt::AlignCenter);
@@ -98,35 +98,35 @@ WindowLightVIew::WindowLightVIew(QWidget* parent)
     layout->setContentsMargins(13, 0, 13, 0);
     layout->setSpacing(8);
     layout->addWidget(m_quit);
-    layout->addWidget(m_minimize);
+    layout->addWidget(m_minimise);
     layout->addStretch(1);
 }
 
-void WindowLightVIew::setTitle(const QString& title) {
+void TitleBar::setTitle(const QString& title) {
     m_title->setText(title);
 }
 
-QString WindowLightVIew::title() const {
+QString TitleBar::title() const {
     return m_title->text();
 }
 
-void WindowLightVIew::resizeEvent(QResizeEvent* event) {
+void TitleBar::resizeEvent(QResizeEvent* event) {
     m_title->setGeometry(rect());
     QWidget::resizeEvent(event);
 }
 
-void WindowLightVIew::paintEvent(QPaintEvent* /*event*/) {
+void TitleBar::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QLinearGradient light(0, 0, 0, height());
     light.setColorAt(0, QColor(252, 252, 252));
     light.setColorAt(1, QColor(243, 244, 245));
-    painter.fillPath(topRoundedRect(QRectF(rect()), CustomWindow::kCornerRadius - 1), light);
+    painter.fillPath(topRoundedRect(QRectF(rect()), FramelessWindow::kCornerRadius - 1), light);
     painter.setPen(QColor(224, 224, 224));
     painter.drawLine(QPointF(0, height() - 0.5), QPointF(width(), height() - 0.5));
 }
 
-void WindowLightVIew::mousePressEvent(QMouseEvent* event) {
+void TitleBar::mousePressEvent(QMouseEvent* event) {
     if (event->button() != Qt::LeftButton) {
         QWidget::mousePressEvent(event);
         return;
@@ -139,7 +139,7 @@ void WindowLightVIew::mousePressEvent(QMouseEvent* event) {
     m_grab = event->globalPosition().toPoint() - window()->pos();
 }
 
-void WindowLightVIew::mouseMoveEvent(QMouseEvent* event) {
+void TitleBar::mouseMoveEvent(QMouseEvent* event) {
     if (!m_grab || (event->buttons() & Qt::LeftButton) == 0) {
         QWidget::mouseMoveEvent(event);
         return;
@@ -148,17 +148,17 @@ void WindowLightVIew::mouseMoveEvent(QMouseEvent* event) {
     window()->move(event->globalPosition().toPoint() - *m_grab);
 }
 
-void WindowLightVIew::mouseReleaseEvent(QMouseEvent* event) {
+void TitleBar::mouseReleaseEvent(QMouseEvent* event) {
     m_grab.reset();
     QWidget::mouseReleaseEvent(event);
 }
 
-// --- CustomWindow ---
+// --- FramelessWindow ---
 
-CustomWindow::CustomWindow(QWidget* parent)
-    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint), m_titleBar(new WindowLightVIew(this)),
+FramelessWindow::FramelessWindow(QWidget* parent)
+    : QWidget(parent, Qt::Window | Qt::FramelessWindowHint), m_titleBar(new TitleBar(this)),
       m_layout(new QVBoxLayout(this)) {
-    setObjectName(QStringLiteral("mainWindowID"));
+    setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QApplication::applicationDisplayName());
     // The corners outside the rounded outline stay see-through.
     setAttribute(Qt::WA_TranslucentBackground);
@@ -168,11 +168,11 @@ CustomWindow::CustomWindow(QWidget* parent)
     m_layout->setSpacing(0);
     m_layout->setSizeConstraint(QLayout::SetFixedSize);
     m_layout->addWidget(m_titleBar);
-    connect(m_titleBar->quitButton(), &QAbstractButton::clicked, this, &CustomWindow::quitRequested);
-    connect(m_titleBar->minimizeButton(), &QAbstractButton::clicked, this, &CustomWindow::minimizeRequested);
+    connect(m_titleBar->quitButton(), &QAbstractButton::clicked, this, &FramelessWindow::quitRequested);
+    connect(m_titleBar->minimiseButton(), &QAbstractButton::clicked, this, &FramelessWindow::minimiseRequested);
 }
 
-void CustomWindow::setContentView(QWidget* view) {
+void FramelessWindow::setContentView(QWidget* view) {
     delete m_content.data();
     m_content = view;
     if (view != nullptr) {
@@ -180,12 +180,12 @@ void CustomWindow::setContentView(QWidget* view) {
     }
 }
 
-QRect CustomWindow::contentRect() const {
+QRect FramelessWindow::contentRect() const {
     const QMargins margins = m_layout->contentsMargins();
     return rect().marginsRemoved(margins).adjusted(0, m_titleBar->height(), 0, 0);
 }
 
-void CustomWindow::paintEvent(QPaintEvent* /*event*/) {
+void FramelessWindow::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF outline = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);

@@ -11,7 +11,7 @@ class QVBoxLayout;
 
 namespace tidewell {
 
-/// `WindowButton`: one of the title bar's own round buttons, quit or minimise, drawn from Tidewell's images. It
+/// One of the title bar's own round buttons, quit or minimise, drawn from Tidewell's images. It
 /// darkens a little under the pointer and when pressed.
 class WindowButton : public QAbstractButton {
     Q_OBJECT
@@ -32,13 +32,13 @@ private:
     bool m_hovered = false;
 };
 
-/// `WindowLightVIew`: the title bar of a window without a system frame. It shows the window's title in the middle
+/// The title bar of a window without a system frame. It shows the window's title in the middle
 /// and the quit and minimise buttons on the left, and moves its window when dragged: through the windowing
 /// system's own move where it offers one, else by following the pointer.
-class WindowLightVIew : public QWidget {
+class TitleBar : public QWidget {
     Q_OBJECT
 public:
-    explicit WindowLightVIew(QWidget* parent = nullptr);
+    explicit TitleBar(QWidget* parent = nullptr);
 
     /// The bar's height.
     static constexpr int kHeight = 38;
@@ -46,7 +46,7 @@ public:
     void setTitle(const QString& title);
     [[nodiscard]] QString title() const;
     [[nodiscard]] WindowButton* quitButton() const { return m_quit; }
-    [[nodiscard]] WindowButton* minimizeButton() const { return m_minimize; }
+    [[nodiscard]] WindowButton* minimiseButton() const { return m_minimise; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -58,40 +58,40 @@ protected:
 private:
     QLabel* m_title;
     WindowButton* m_quit;
-    WindowButton* m_minimize;
+    WindowButton* m_minimise;
     // Where the pointer holds the window, from the window's top-left corner, while it is dragged by hand.
     std::optional<QPoint> m_grab;
 };
 
-/// `CustomWindow`: a window without a system frame, with rounded corners (radius 6), its own title bar
-/// (WindowLightVIew) and one content view under it. The window is as large as the content asks (its width fixed,
+/// A window without a system frame, with rounded corners (radius 6), its own title bar
+/// (TitleBar) and one content view under it. The window is as large as the content asks (its width fixed,
 /// its height following the content), so a content that grows or shrinks resizes it.
 ///
-/// The bar's quit and minimise buttons only say they were pressed (quitRequested, minimizeRequested); the
+/// The bar's quit and minimise buttons only say they were pressed (quitRequested, minimiseRequested); the
 /// application decides what they do.
-class CustomWindow : public QWidget {
+class FramelessWindow : public QWidget {
     Q_OBJECT
 public:
-    explicit CustomWindow(QWidget* parent = nullptr);
+    explicit FramelessWindow(QWidget* parent = nullptr);
 
     static constexpr int kCornerRadius = 6;
 
     /// Puts view under the title bar; the window owns it. A view set before is deleted.
     void setContentView(QWidget* view);
     [[nodiscard]] QWidget* contentView() const { return m_content; }
-    [[nodiscard]] WindowLightVIew* titleBar() const { return m_titleBar; }
+    [[nodiscard]] TitleBar* titleBar() const { return m_titleBar; }
     /// The part of the window under the title bar, in the window's coordinates.
     [[nodiscard]] QRect contentRect() const;
 
 signals:
     void quitRequested();
-    void minimizeRequested();
+    void minimiseRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    WindowLightVIew* m_titleBar;
+    TitleBar* m_titleBar;
     QVBoxLayout* m_layout;
     QPointer<QWidget> m_content;
 };

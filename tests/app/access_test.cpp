@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <QElapsedTimer>
 #include <QPushButton>
+#include <QSignalSpy>
 #include <QTest>
 
-#include "app/not_access_vc.hpp"
+#include "app/access_window.hpp"
 #include "app_fixture.hpp"
 #include "support/log_capture.hpp"
 
@@ -13,85 +13,86 @@ namespace {
 
 class AccessTest : public AppFixture {
 protected:
-    std::unique_ptr<AppDelegate> delegate;
+    std::unique_ptr<Application> application;
 
-    NotAccessVC* accessWindow() const { return delegate->notAccessWindow(); }
+    AccessWindow* accessWindow() const { return application->accessWindow(); }
+    std::optional<std::string> grantedFolder() const { return application->folderAccess().grantedFolder(); }
 
     // Presses Confirm Access with the panel answering choice.
     void confirmWith(std::optional<QString> choice) {
         ASSERT_NE(accessWindow(), nullptr);
-        OpenPanel::answerNextPanel(std::move(choice));
-        accessWindow()->confirmAccess()->click();
+        FolderPanel::answerNextPanel(std::move(choice));
+        accessWindow()->confirmAccessButton()->click();
     }
 
     // Nothing was granted: nothing stored, the access window still up, no main window on its way.
     void expectNothingGranted() {
-        EXPECT_FALSE(delegate->settings().hasValue(keys::kSaveDirectory));
-        EXPECT_FALSE(delegate->grantedFolder());
-        QTest::qWait(400);
+        EXPECT_FALSE(application->store().hasValue(keys::kHomeGrant));
+        EXPECT_FALSE(grantedFolder());
+        runEventsScheduledWithin(AccessWindow::kHandOverDelay);
         ASSERT_NE(accessWindow(), nullptr);
         EXPECT_TRUE(accessWindow()->isVisible());
-        EXPECT_EQ(delegate->windCMain(), nullptr);
+        EXPECT_EQ(application->mainWindow(), nullptr);
     }
 };
 
 TEST_F(AccessTest, GrantingTheHomeFolderOpensTheMainWindowAMomentLater) {
-    delegate = launch();
+    application = launch();
     ASSERT_NE(accessWindow(), nullptr);
-    EXPECT_EQ(accessWindow()->confirmAccess()->text(), "Confirm Access");
-    EXPECT_FALSE(accessWindow()->confirmAccess()->isCheckable());
+    EXPECT_EQ(accessWindow()->confirmAccessButton()->text(), "Confirm Access");
+    EXPECT_FALSE(accessWindow()->confirmAccessButton()->isCheckable());
 
-    QElapsedTimer clock;
-    clock.start();
+    QSignalSpy granted(accessWindow(), &AccessWindow::granted);
     confirmWith(home());
-    const auto& request = OpenPanel::lastRequest();
+    const auto& request = FolderPanel::lastRequest();
     ASSERT_TRUE(request);
     EXPECT_EQ(request->prompt, "Confirm Access");
     EXPECT_EQ(request->message, "Give access for scanning in your Home Directory");
     EXPECT_EQ(request->startFolder, home());
 
-    EXPECT_TRUE(delegate->settings().isStored(keys::kSaveDirectory));
-    EXPECT_EQ(delegate->grantedFolder(), disk.home()) << "the grant is the deletion boundary from now on";
-    EXPECT_EQ(delegate->windCMain(), nullptr) << "not at once";
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->windCMain() != nullptr; }, 5000));
-    EXPECT_GE(clock.elapsed(), 300);
+    EXPECT_TRUE(application->store().isStored(keys::kHomeGrant));
+    EXPECT_EQ(grantedFolder(), disk.home()) << "the grant is the deletion boundary from now on";
+    EXPECT_EQ(application->mainWindow(), nullptr) << "not at once";
+    ASSERT_TRUE(granted.wait());
+    EXPECT_NE(application->mainWindow(), nullptr);
     EXPECT_EQ(accessWindow(), nullptr);
     EXPECT_TRUE(Alerts::shownAlerts().empty());
 }
 
 TEST_F(AccessTest, UsersIsAcceptedAndResolvesAtTheNextLaunch) {
-    delegate = launch();
+    application = launch();
     confirmWith(diskPath("/Users"));
-    EXPECT_EQ(delegate->grantedFolder(), disk.at("/Users"));
-    delegate.reset();
+    EXPECT_EQ(grantedFolder(), disk.at("/Users"));
+    application.reset();
 
-    delegate = launch();
+    application = launch();
     EXPECT_EQ(accessWindow(), nullptr);
-    ASSERT_NE(delegate->windCMain(), nullptr);
-    EXPECT_EQ(delegate->grantedFolder(), disk.at("/Users"));
+    ASSERT_NE(application->mainWindow(), nullptr);
+    EXPECT_EQ(grantedFolder(), disk.at("/Users"));
     // The launch check reads backwards: with the grant started, the home folder is writable, which it takes as
     // not granted.
-    EXPECT_FALSE(delegate->isUserDirAccessible());
+    EXPECT_FALSE(application->folderAccess().startStoredGrant());
 }
 
 TEST_F(AccessTest, ThePanelOffersExactlyTheHomeUsersAndTheDiskRoot) {
-    delegate = launch();
-    const NotAccessVC* window = accessWindow();
-    ASSERT_NE(window, nullptr);
+    application = launch();
+    confirmWith(std::nullopt);
+    const auto& request = FolderPanel::lastRequest();
+    ASSERT_TRUE(request);
     for (const QString& folder : {home(), home() + "/", diskPath("/Users"), diskPath("/Users/bob/../ann"),
                                   QString::fromStdString(disk.root()), QString::fromStdString(disk.root() + "/")}) {
-        EXPECT_TRUE(window->panelShouldEnableURL(folder)) << folder.toStdString();
-        EXPECT_TRUE(window->panelValidateURL(folder)) << folder.toStdString();
+        EXPECT_TRUE(request->offers(folder)) << folder.toStdString();
+        EXPECT_TRUE(request->accepts(folder)) << folder.toStdString();
     }
     for (const QString& folder :
          {diskPath("Documents"), diskPath("/Users/bob"), QString::fromStdString(temp.path()), QStringLiteral("/")}) {
-        EXPECT_FALSE(window->panelShouldEnableURL(folder)) << folder.toStdString();
-        EXPECT_FALSE(window->panelValidateURL(folder)) << folder.toStdString();
+        EXPECT_FALSE(request->offers(folder)) << folder.toStdString();
+        EXPECT_FALSE(request->accepts(folder)) << folder.toStdString();
     }
 }
 
 TEST_F(AccessTest, ARefusedOrCancelledChoiceGrantsNothing) {
-    delegate = launch();
+    application = launch();
     confirmWith(diskPath("Documents"));
     expectNothingGranted();
     confirmWith(std::nullopt);
@@ -100,11 +101,11 @@ TEST_F(AccessTest, ARefusedOrCancelledChoiceGrantsNothing) {
 }
 
 TEST_F(AccessTest, AGrantThatCannotBeMadeRemovesTheOldOneAndSaysAccessDenied) {
-    AppSettings(settingsFile).setData(keys::kSaveDirectory, "an earlier grant that no longer resolves");
+    AppSettings(settingsFile).setBytes(keys::kHomeGrant, "an earlier grant that no longer resolves");
     ::rename(disk.home().c_str(), (disk.home() + "-away").c_str());
-    delegate = launch();
+    application = launch();
     const LogCapture logs;
-    Alerts::answerNextAlert(kAlertFirstButtonReturn);
+    Alerts::answerNextAlert(kAlertFirstButton);
     confirmWith(home());
 
     expectNothingGranted();
@@ -119,14 +120,14 @@ TEST_F(AccessTest, AGrantForAFolderThatWasMovedOrDamagedIsNoGrant) {
     storeGrant("/Users/ann");
     ::rename(disk.home().c_str(), (disk.home() + "-old").c_str());
     disk.folder("/Users/ann");
-    delegate = launch();
+    application = launch();
     EXPECT_NE(accessWindow(), nullptr) << "a new folder at the same path is not the granted one";
-    delegate.reset();
+    application.reset();
 
-    AppSettings(settingsFile).setData(keys::kSaveDirectory, "garbage");
-    delegate = launch();
+    AppSettings(settingsFile).setBytes(keys::kHomeGrant, "garbage");
+    application = launch();
     EXPECT_NE(accessWindow(), nullptr);
-    EXPECT_FALSE(delegate->grantedFolder());
+    EXPECT_FALSE(grantedFolder());
 }
 
 TEST_F(AccessTest, TheRealPanelTakesOnlyAnAcceptedFolder) {

@@ -28,27 +28,11 @@ protected:
 
 TEST_F(AlertsTest, YesAnswersReturnAndNoAnswersEscape) {
     pressInNextAlert({Qt::Key_Return});
-    EXPECT_EQ(Alerts::createAlertForInformativeText("Erase?", "Confirm", nullptr), kAlertFirstButtonReturn);
+    EXPECT_TRUE(Alerts::confirm("Confirm", "Erase?"));
     pressInNextAlert({Qt::Key_Escape});
-    EXPECT_EQ(Alerts::createAlertForInformativeText("Erase?", "Confirm", nullptr), kAlertSecondButtonReturn);
+    EXPECT_FALSE(Alerts::confirm("Confirm", "Erase?"));
     ASSERT_EQ(Alerts::shownAlerts().size(), 2U);
     EXPECT_EQ(Alerts::shownAlerts().front().buttons, (QStringList{"Yes", "No"}));
-}
-
-TEST_F(AlertsTest, TheOkAlertAsASheetDoesNotWaitAndStaysWithItsWindow) {
-    QWidget window;
-    window.show();
-    Alerts::createAlertForInformativeText("Done", "Cleaned", true, &window);
-    auto* sheet = window.findChild<QMessageBox*>();
-    ASSERT_NE(sheet, nullptr) << "returned at once, with the sheet up";
-    EXPECT_TRUE(sheet->isVisible());
-    EXPECT_EQ(sheet->windowModality(), Qt::WindowModal);
-    EXPECT_EQ(sheet->informativeText(), "Done");
-    sheet->close();
-
-    Alerts::answerNextAlert(kAlertFirstButtonReturn);
-    Alerts::createAlertForInformativeText("Done", "Cleaned", false, &window);
-    EXPECT_EQ(Alerts::shownAlerts().size(), 2U);
 }
 
 } // namespace

@@ -5,31 +5,42 @@
 #include <QCoreApplication>
 #include <QFile>
 #include <QSettings>
+#include <QTest>
+#include <QTimer>
 #include <QWidget>
+#include <chrono>
 #include <memory>
 #include <string>
 
 #include "app/alerts.hpp"
-#include "app/app_delegate.hpp"
-#include "app/open_panel.hpp"
+#include "app/application.hpp"
+#include "app/folder_panel.hpp"
 #include "app/settings.hpp"
 #include "platform/folder_grant.hpp"
 #include "support/disk_builder.hpp"
 
 namespace tidewell::testing {
 
-/// The delegate's side of a main window, without the window's own work: made unshown, it asks the delegate to
+/// Runs the main thread's events until a timer of delay, started now, has fired: whatever the code under test
+/// scheduled for at most delay from now has run by then, since timers fire in the order they fall due. This is how
+/// a test waits for something that should not happen.
+inline void runEventsScheduledWithin(std::chrono::milliseconds delay) {
+    bool fired = false;
+    QTimer::singleShot(delay, [&fired] { fired = true; });
+    ASSERT_TRUE(QTest::qWaitFor([&fired] { return fired; }, 60000));
+}
+
+/// The application's side of a main window, without the window's own work: made unshown, it asks the host to
 /// restore the settings as the real window does when it loads.
 class StandInMainWindow : public QWidget {
 public:
-    explicit StandInMainWindow(AppDelegate& delegate) {
-        setObjectName(QStringLiteral("mainWindowID"));
+    explicit StandInMainWindow(WindowHost& host) {
         resize(560, 400);
-        delegate.makeAppChanges();
+        host.restoreSettings();
     }
 };
 
-/// A disk with ann's home, settings and an autostart folder in a fresh temporary folder, and delegates made on
+/// A disk with ann's home, settings and an autostart folder in a fresh temporary folder, and applications made on
 /// them with the stand-in main window. Alerts and panels answer only what a test queues.
 class AppFixture : public ::testing::Test {
 protected:
@@ -42,40 +53,37 @@ protected:
     void SetUp() override {
         disk.folder("Documents").folder("/Users/bob");
         Alerts::resetSeam();
-        OpenPanel::resetSeam();
+        FolderPanel::resetSeam();
     }
 
     void TearDown() override {
         Alerts::resetSeam();
-        OpenPanel::resetSeam();
+        FolderPanel::resetSeam();
     }
 
-    std::unique_ptr<AppDelegate> makeDelegate(bool launchedAtLogin = false) {
-        auto delegate = std::make_unique<AppDelegate>(AppEnvironment{
+    std::unique_ptr<Application> makeApplication(bool launchedAtLogin = false) {
+        auto application = std::make_unique<Application>(AppEnvironment{
             disk.disk(), settingsFile, {autostartFolder, "/usr/bin/tidewell"}, launchedAtLogin, QString()});
-        delegate->setMainWindowFactory([this](AppDelegate& owner) -> std::unique_ptr<QWidget> {
+        application->setMainWindowFactory([this](WindowHost& host) -> std::unique_ptr<QWidget> {
             ++windowsMade;
-            return std::make_unique<StandInMainWindow>(owner);
+            return std::make_unique<StandInMainWindow>(host);
         });
-        return delegate;
+        return application;
     }
 
-    /// A delegate that has gone through the start-up and run what it queued (the settings restore).
-    std::unique_ptr<AppDelegate> launch(bool launchedAtLogin = false) {
-        auto delegate = makeDelegate(launchedAtLogin);
-        delegate->applicationDidFinishLaunching();
-        settle();
-        return delegate;
+    /// An application that has gone through the start-up and run what it queued (the settings restore).
+    std::unique_ptr<Application> launch(bool launchedAtLogin = false) {
+        auto application = makeApplication(launchedAtLogin);
+        application->start();
+        QCoreApplication::processEvents();
+        return application;
     }
-
-    /// Runs what is queued on the main thread.
-    static void settle() { QCoreApplication::processEvents(); }
 
     /// Stores a working grant for a folder of the disk at "SaveDirectory", as the access window does.
-    void storeGrant(std::string_view folder, const QString& key = keys::kSaveDirectory) {
+    void storeGrant(std::string_view folder) {
         const auto grant = createFolderGrant(disk.at(folder));
         ASSERT_TRUE(grant);
-        AppSettings(settingsFile).setData(key, QByteArray::fromStdString(grantToBytes(*grant)));
+        AppSettings(settingsFile).setBytes(keys::kHomeGrant, QByteArray::fromStdString(grantToBytes(*grant)));
     }
 
     /// The settings as stored in the file.

@@ -57,20 +57,20 @@ TEST_F(RealTimePurgeTest, TheStartedGrantIsTheBoundaryOfThePurge) {
 
 TEST_F(RealTimePurgeTest, TheHourlyTickPurgesInsideTheGrantOfTheLaunch) {
     storeGrant("/Users/ann");
-    const auto delegate = makeDelegate();
+    const auto application = makeApplication();
     RealTimePurger purge(
-        disk.disk(), [&] { return delegate->startedGrant(); },
+        disk.disk(), [&] { return application->cleaningGrant(); },
         std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
         [] { return makeAdultWords({"porn"}); });
     int runs = 0;
-    delegate->setRealTimePurge([&] {
+    application->setRealTimePurge([&] {
         ++runs;
         purge.run();
     });
-    delegate->setRealTimePeriod(std::chrono::milliseconds(30));
-    delegate->applicationDidFinishLaunching();
+    application->scheduler().setPeriod(std::chrono::milliseconds(30));
+    application->start();
     ASSERT_TRUE(QTest::qWaitFor([&] { return runs >= 1; }, 5000));
-    delegate->realTimeScanChange(false);
+    application->setRealTimeScan(false);
     purge.joinAll();
     EXPECT_EQ(tableDump(safari, "history_items").size(), 7U);
 }

@@ -17,17 +17,20 @@
 #include <cstdio>
 #include <functional>
 
+#include "app/access_window.hpp"
 #include "app/alerts.hpp"
-#include "app/app_delegate.hpp"
-#include "app/not_access_vc.hpp"
+#include "app/application.hpp"
 #include "app/settings.hpp"
 #include "platform/folder_grant.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/sample_disk.hpp"
+#include "ui/bottom_bar.hpp"
+#include "ui/browser_sheet.hpp"
+#include "ui/details_panel.hpp"
 #include "ui/main_window.hpp"
 #include "ui/popover.hpp"
-#include "ui/tools_cell.hpp"
+#include "ui/section_card.hpp"
 
 namespace {
 
@@ -64,8 +67,8 @@ bool waitFor(const std::function<bool()>& done) {
     return QTest::qWaitFor(done, 20000);
 }
 
-int rowNamed(tidewell::ToolsViewController& controller, const std::string& name) {
-    const tidewell::RecordList sections = controller.availbleApp().snapshot();
+int rowNamed(tidewell::CatalogueView& view, const std::string& name) {
+    const tidewell::RecordList sections = view.catalogue().snapshot();
     for (std::size_t row = 0; row < sections.size(); ++row) {
         if (sections[row]->text("Name") == name) {
             return static_cast<int>(row);
@@ -98,25 +101,25 @@ int main(int argc, char** argv) {
     const QString settingsFile = QString::fromStdString(temp.path() + "/tidewell.conf");
     {
         tidewell::AppSettings settings(settingsFile);
-        settings.setBool(tidewell::keys::kDockIcon, true);
-        settings.setBool(tidewell::keys::kRunOnStart, false);
+        settings.setBool(tidewell::keys::kTaskbarEntry, true);
+        settings.setBool(tidewell::keys::kRunAtStart, false);
         const auto grant = tidewell::createFolderGrant(disk.home());
         if (grant) {
-            settings.setData(tidewell::keys::kSaveDirectory, QByteArray::fromStdString(tidewell::grantToBytes(*grant)));
+            settings.setBytes(tidewell::keys::kHomeGrant, QByteArray::fromStdString(tidewell::grantToBytes(*grant)));
         }
     }
-    tidewell::AppDelegate delegate(tidewell::AppEnvironment{
+    tidewell::Application application(tidewell::AppEnvironment{
         disk.disk(), settingsFile, {temp.path() + "/autostart", "tidewell"}, false, QString()});
-    // Chrome and Firefox pretend to run, so the clean stops at the browser panel and deletes nothing.
-    tidewell::installWindowFactories(delegate,
-                                     {.builders = std::nullopt,
-                                      .running = std::make_shared<tidewell::testing::FakeRunningApps>(
-                                          std::initializer_list<std::set<std::string>>{{"Google Chrome", "Firefox"}})});
-    delegate.applicationDidFinishLaunching();
+    // Chrome and Firefox pretend to run, so the clean stops at the browser sheet and deletes nothing.
+    application.setMainWindowFactory(
+        tidewell::mainWindowFactory({.builders = std::nullopt,
+                                     .running = std::make_shared<tidewell::testing::FakeRunningApps>(
+                                         std::initializer_list<std::set<std::string>>{{"Google Chrome", "Firefox"}})}));
+    application.start();
 
-    QWidget* window = delegate.windCMain();
-    tidewell::ToolsViewController* controller = tidewell::toolsViewControllerOf(window);
-    if (controller == nullptr || !waitFor([&] { return controller->scanDriver().scanningDone(); })) {
+    QWidget* window = application.mainWindow();
+    tidewell::CatalogueView* view = tidewell::catalogueViewOf(window);
+    if (view == nullptr || !waitFor([&] { return view->scanDriver().scanningDone(); })) {
         std::fprintf(stderr, "tidewell-screenshots: the main window did not finish its scan\n");
         return 1;
     }
@@ -126,26 +129,26 @@ int main(int argc, char** argv) {
 
     for (const auto& [name, file] : {std::pair{"Chrome", "details-chrome.png"},
                                      std::pair{"Browser Extensions", "details-browser-extensions.png"}}) {
-        controller->showDetailsFor(rowNamed(*controller, name));
+        view->showDetails(rowNamed(*view, name));
         save(folder + QLatin1Char('/') + QLatin1String(file), *window);
-        controller->doneActionFromselectionView();
+        view->detailsPanel()->finish();
     }
 
-    tidewell::Alerts::answerNextAlert(tidewell::kAlertFirstButtonReturn);
-    controller->removeButton()->click();
+    tidewell::Alerts::answerNextAlert(tidewell::kAlertFirstButton);
+    view->bottomBar()->cleanButton()->click();
     QTest::qWait(400); // the sheet's slide
     save(folder + QStringLiteral("/browser-panel.png"), *window);
-    delegate.disMissPanel();
+    view->browserSheet()->end();
 
-    const int adult = rowNamed(*controller, "Adult History");
-    if (tidewell::ToolsCell* cell = controller->cellAt(adult)) {
-        controller->adultHistoryInfoClick(*cell->infoButton());
+    const int adult = rowNamed(*view, "Adult History");
+    if (tidewell::SectionCard* card = view->cardAt(adult)) {
+        view->showAdultHistoryInfo(*card->infoButton());
         save(folder + QStringLiteral("/adult-history-popover.png"), *window,
-             controller->adultHistoryPopover()->popoverWindow());
-        controller->adultHistoryPopover()->closePopover();
+             view->adultHistoryPopover()->popoverWindow());
+        view->adultHistoryPopover()->close();
     }
 
-    tidewell::NotAccessVC access(&delegate);
+    tidewell::AccessWindow access(application.folderAccess());
     access.move(0, 0);
     access.show();
     save(folder + QStringLiteral("/access-window.png"), access);

@@ -1,13 +1,16 @@
 #include <QFile>
-#include <QLabel>
 #include <QProcess>
 #include <QPushButton>
+#include <QThread>
+#include <mutex>
 
+#include "platform/log.hpp"
+#include "platform/running_apps.hpp"
 #include "support/fake_running_apps.hpp"
-#include "support/log_capture.hpp"
 #include "support/sample_disk.hpp"
-#include "ui/browser_window.hpp"
-#include "ui/progress_indicator.hpp"
+#include "ui/browser_sheet.hpp"
+#include "ui/spinning_indicator.hpp"
+#include "ui/window_clean.hpp"
 #include "window_fixture.hpp"
 
 namespace tidewell::testing {
@@ -40,6 +43,37 @@ private:
     bool m_started = false;
 };
 
+// The texts of the log lines written while it lives, each with whether the main thread wrote it.
+class ThreadedLog {
+public:
+    ThreadedLog()
+        : m_previous(setLogSink([this](std::string_view line) {
+              const std::size_t end = line.find("] ");
+              const std::lock_guard lock(m_mutex);
+              m_lines.emplace_back(line.substr(end == std::string_view::npos ? 0 : end + 2),
+                                   QThread::currentThread() == qApp->thread());
+          })) {}
+    ~ThreadedLog() { setLogSink(std::move(m_previous)); }
+    ThreadedLog(const ThreadedLog&) = delete;
+    ThreadedLog& operator=(const ThreadedLog&) = delete;
+
+    /// Whether the main thread wrote the line of that text; nothing while no such line was written.
+    [[nodiscard]] std::optional<bool> byMainThread(const std::string& text) const {
+        const std::lock_guard lock(m_mutex);
+        for (const auto& [line, main] : m_lines) {
+            if (line == text) {
+                return main;
+            }
+        }
+        return std::nullopt;
+    }
+
+private:
+    mutable std::mutex m_mutex;
+    std::vector<std::pair<std::string, bool>> m_lines;
+    LogSink m_previous;
+};
+
 const std::string kChromeCookies = "Library/Application Support/Google/Chrome/Default/Cookies";
 const std::string kFirefoxCookies =
     "Library/Application Support/Firefox/Profiles/k2x9w0aq.default-release/cookies.sqlite";
@@ -53,19 +87,21 @@ protected:
         std::filesystem::create_directories(temp.path() + "/bin");
     }
 
-    [[nodiscard]] bool exists(const std::string& path) const { return std::filesystem::exists(disk.at(path)); }
-    [[nodiscard]] BrowserWindow* panel() const { return dynamic_cast<BrowserWindow*>(delegate->browserWindow()); }
-    [[nodiscard]] QStringList panelNames() const {
-        QStringList names;
-        for (const QLabel* label : panel()->browserView()->rowNames()) {
-            names.push_back(label->text());
-        }
-        return names;
+    // The tests that pretend Chrome and Firefox run cannot tell their own pretend browsers from real ones.
+    static bool aBrowserRunsAlready() {
+        const std::set<std::string> running = systemRunningApplications()->launchedApplicationNames();
+        return running.contains("Google Chrome") || running.contains("Firefox");
     }
-    void answerYes() { Alerts::answerNextAlert(kAlertFirstButtonReturn); }
+
+    [[nodiscard]] bool exists(const std::string& path) const { return std::filesystem::exists(disk.at(path)); }
+    [[nodiscard]] BrowserSheet& sheet() const { return *view().browserSheet(); }
+    void answerYes() { Alerts::answerNextAlert(kAlertFirstButton); }
 };
 
-TEST_F(CleanTest, RunningBrowsersHoldTheCleanInThePanelUntilRetryFindsThemGone) {
+TEST_F(CleanTest, RunningBrowsersHoldTheCleanInTheSheetUntilRetryFindsThemGone) {
+    if (aBrowserRunsAlready()) {
+        GTEST_SKIP() << "a Chrome or Firefox runs on this machine already";
+    }
     PretendBrowser chrome(temp.path() + "/bin", QStringLiteral("Google Chrome"));
     PretendBrowser firefox(temp.path() + "/bin", QStringLiteral("Firefox"));
     ASSERT_TRUE(chrome.started() && firefox.started());
@@ -73,42 +109,40 @@ TEST_F(CleanTest, RunningBrowsersHoldTheCleanInThePanelUntilRetryFindsThemGone) 
     const RecordPtr chromeBefore = section(rowNamed("Chrome"));
 
     answerYes();
-    controller().removeButton()->click();
+    bar().cleanButton()->click();
     ASSERT_EQ(Alerts::shownAlerts().size(), 1U);
     EXPECT_EQ(Alerts::shownAlerts().front().messageText, "Confirm");
     EXPECT_EQ(Alerts::shownAlerts().front().informativeText, "Are you sure you want to erase selected privacy data?");
-    ASSERT_NE(panel(), nullptr);
-    EXPECT_TRUE(panel()->isSheetShown());
-    EXPECT_EQ(panelNames(), (QStringList{"Chrome", "Firefox"}));
-    EXPECT_EQ(panel()->browserView()->rowImages(), (QStringList{"browser_chrome", "browser_firefox"}));
+    EXPECT_TRUE(sheet().isUp());
+    EXPECT_EQ(sheet().card()->rowNames(), (QStringList{"Chrome", "Firefox"}));
+    EXPECT_EQ(sheet().card()->rowImages(), (QStringList{"browser_chrome", "browser_firefox"}));
     EXPECT_TRUE(exists(kChromeCookies) && exists(kFirefoxCookies) && exists(kSystemCache)) << "nothing goes yet";
 
-    // The sheet lies over the window's content: the window's own buttons are out of reach.
-    EXPECT_EQ(panel()->parentWidget(), &window());
-    EXPECT_EQ(panel()->geometry(), qobject_cast<CustomWindow*>(&window())->contentRect());
-    const QPoint clean = controller().removeButton()->mapTo(&window(), controller().removeButton()->rect().center());
-    EXPECT_EQ(window().childAt(clean), panel());
+    // The sheet lies over the window's content, under the title bar: the window's own buttons are out of reach.
+    EXPECT_EQ(sheet().mapTo(&window(), QPoint()), qobject_cast<FramelessWindow*>(&window())->contentRect().topLeft());
+    EXPECT_EQ(sheet().size(), qobject_cast<FramelessWindow*>(&window())->contentRect().size());
+    const QPoint clean = bar().cleanButton()->mapTo(&window(), bar().cleanButton()->rect().center());
+    EXPECT_EQ(window().childAt(clean), &sheet());
 
-    // Retry while one still runs: the panel lists what runs now, nothing is deleted, nothing is asked again.
+    // Retry while one still runs: the sheet lists what runs now, nothing is deleted, nothing is asked again.
     chrome.quit();
-    panel()->browserView()->retry()->click();
-    EXPECT_TRUE(panel()->isSheetShown());
-    EXPECT_EQ(panelNames(), QStringList{"Firefox"});
+    sheet().card()->retryButton()->click();
+    EXPECT_TRUE(sheet().isUp());
+    EXPECT_EQ(sheet().card()->rowNames(), QStringList{"Firefox"});
     EXPECT_TRUE(exists(kChromeCookies) && exists(kFirefoxCookies));
     EXPECT_EQ(section(rowNamed("Chrome")), chromeBefore) << "no rescan either";
 
-    // Retry once none runs: cleaned, rescanned, panel gone. (Retry is pressed again should another test's
-    // pretend Firefox happen to run at that moment.)
+    // Retry once none runs: the removal runs on its worker while the sheet stays up and a second Retry does
+    // nothing; then cleaned, rescanned, sheet gone.
     firefox.quit();
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] {
-            if (panel()->isSheetShown()) {
-                panel()->browserView()->retry()->click();
-            }
-            return !panel()->isSheetShown();
-        },
-        20000));
-    EXPECT_FALSE(panel()->isVisible());
+    sheet().card()->retryButton()->click();
+    EXPECT_TRUE(view().clean().isBusy());
+    EXPECT_FALSE(bar().refreshButton()->isEnabled());
+    EXPECT_FALSE(bar().cleanButton()->isEnabled());
+    sheet().card()->retryButton()->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !sheet().isUp(); }, 20000));
+    EXPECT_FALSE(sheet().isVisible());
+    EXPECT_TRUE(bar().refreshButton()->isEnabled());
     EXPECT_FALSE(exists(kChromeCookies));
     EXPECT_FALSE(exists(kFirefoxCookies));
     EXPECT_FALSE(exists(kSystemCache));
@@ -119,89 +153,83 @@ TEST_F(CleanTest, RunningBrowsersHoldTheCleanInThePanelUntilRetryFindsThemGone) 
     EXPECT_NE(section(rowNamed("Chrome")), chromeBefore);
 }
 
-TEST_F(CleanTest, CloseAbandonsTheCleanAndAPanelMadeOnceIsReused) {
+TEST_F(CleanTest, CloseAbandonsTheClean) {
+    if (aBrowserRunsAlready()) {
+        GTEST_SKIP() << "a Chrome or Firefox runs on this machine already";
+    }
     PretendBrowser firefox(temp.path() + "/bin", QStringLiteral("Firefox"));
     ASSERT_TRUE(firefox.started());
     launch();
     const RecordPtr firefoxBefore = section(rowNamed("Firefox"));
 
     answerYes();
-    controller().removeButton()->click();
-    ASSERT_NE(panel(), nullptr);
-    BrowserWindow* made = panel();
-    EXPECT_EQ(panelNames(), QStringList{"Firefox"});
-    panel()->browserView()->closeWindow()->click();
-    EXPECT_FALSE(panel()->isSheetShown());
-    EXPECT_FALSE(panel()->isVisible());
-    EXPECT_FALSE(controller().scannignIndicator()->isAnimating());
-    EXPECT_TRUE(exists(kFirefoxCookies) && exists(kSystemCache));
-    EXPECT_EQ(section(rowNamed("Firefox")), firefoxBefore);
-
-    answerYes();
-    controller().removeButton()->click();
-    EXPECT_EQ(panel(), made);
-    EXPECT_TRUE(panel()->isSheetShown());
-    panel()->browserView()->closeWindow()->click();
+    bar().cleanButton()->click();
+    EXPECT_EQ(sheet().card()->rowNames(), QStringList{"Firefox"});
+    sheet().card()->closeButton()->click();
+    EXPECT_FALSE(sheet().isUp());
+    EXPECT_FALSE(sheet().isVisible());
+    EXPECT_FALSE(bar().indicator()->isAnimating());
+    EXPECT_FALSE(view().clean().isBusy());
     firefox.quit();
     settle();
-    EXPECT_TRUE(exists(kFirefoxCookies)) << "a closed panel has no Retry left to clean";
+    EXPECT_TRUE(exists(kFirefoxCookies) && exists(kSystemCache)) << "a closed sheet has no Retry left to clean";
+    EXPECT_EQ(section(rowNamed("Firefox")), firefoxBefore);
 }
 
 TEST_F(CleanTest, WithNoBrowserRunningYesCleansAfterTheIndicatorAndNoKeepsEverything) {
-    launch(ToolsViewOptions{std::nullopt,
-                            std::make_shared<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}})});
-    Alerts::answerNextAlert(kAlertSecondButtonReturn);
-    controller().removeButton()->click();
+    launch(CatalogueViewOptions{std::nullopt,
+                                std::make_shared<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}})});
+    Alerts::answerNextAlert(kAlertSecondButton);
+    bar().cleanButton()->click();
     settle();
-    EXPECT_EQ(delegate->browserWindow(), nullptr);
-    EXPECT_FALSE(controller().scannignIndicator()->isAnimating());
+    EXPECT_FALSE(sheet().isUp());
+    EXPECT_FALSE(view().clean().isBusy());
+    EXPECT_FALSE(bar().indicator()->isAnimating());
     EXPECT_TRUE(exists(kChromeCookies) && exists(kSystemCache)) << "No deletes nothing";
 
     answerYes();
-    controller().removeButton()->click();
-    EXPECT_EQ(delegate->browserWindow(), nullptr) << "no panel without a running browser";
-    EXPECT_TRUE(controller().scannignIndicator()->isAnimating());
+    bar().cleanButton()->click();
+    EXPECT_FALSE(sheet().isUp()) << "no sheet without a running browser";
+    EXPECT_TRUE(bar().indicator()->isAnimating());
     EXPECT_TRUE(exists(kChromeCookies)) << "the clean waits for the indicator to be seen";
+    EXPECT_FALSE(bar().cleanButton()->isEnabled()) << "one clean at a time";
+    EXPECT_FALSE(bar().refreshButton()->isEnabled());
     EXPECT_TRUE(QTest::qWaitFor([&] { return !exists(kChromeCookies); }, 10000));
     EXPECT_FALSE(exists(kSystemCache));
     EXPECT_FALSE(exists(kFirefoxCookies));
-    EXPECT_FALSE(controller().scanDriver().scanningDone()) << "a fresh scan follows at once";
+    EXPECT_FALSE(view().scanDriver().scanningDone()) << "a fresh scan follows at once";
     waitForScan();
-    EXPECT_FALSE(controller().scannignIndicator()->isAnimating());
+    EXPECT_FALSE(bar().indicator()->isAnimating());
 }
 
-// The window holds the granted folder for each clean: what lies outside it is left and logged, and a folder that
-// is no longer the one granted (moved away, another made in its place) is not cleaned at all.
-TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolder) {
-    const LogCapture logs;
-    const auto logged = [&](const std::string& line) {
-        const std::vector<std::string> lines = logs.lines();
-        return std::ranges::find(lines, line) != lines.end();
-    };
+// The window holds the granted folder for each clean, off the main thread: what lies outside it is left and
+// logged, and a folder that is no longer the one granted (moved away, another made in its place) is not cleaned at
+// all.
+TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolderOnAWorker) {
+    const ThreadedLog log;
+    const std::string leftOutside = ": left as it was: it lies outside the folder Tidewell may clean";
     disk.file("Library/Caches/inside", 10).file("Library/Caches/unticked", 10).file("/outside", 10);
     const FileUrl inside{disk.at("Library/Caches/inside")};
     const FileUrl unticked{disk.at("Library/Caches/unticked")};
     const FileUrl outside{disk.at("/outside")};
-    launch(ToolsViewOptions{std::vector<SectionBuilder>{builderOf([=] {
-                                return sectionNamed("System", {itemNamed("Caches", true, true, {inside, outside}),
-                                                               itemNamed("Other", true, false, {unticked})});
-                            })},
-                            std::make_shared<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}})});
+    launch(CatalogueViewOptions{std::vector<SectionBuilder>{builderOf([=] {
+                                    return sectionNamed("System", {itemNamed("Caches", true, true, {inside, outside}),
+                                                                   itemNamed("Other", true, false, {unticked})});
+                                })},
+                                std::make_shared<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}})});
     answerYes();
-    controller().removeButton()->click();
+    bar().cleanButton()->click();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !exists("Library/Caches/inside"); }, 10000));
     waitForScan();
     EXPECT_TRUE(exists("/outside")) << "outside the home folder Tidewell was granted";
     EXPECT_TRUE(exists("Library/Caches/unticked"));
-    EXPECT_TRUE(logged(outside.path + ": left as it was: it lies outside the folder Tidewell may clean"));
+    EXPECT_EQ(log.byMainThread(outside.path + leftOutside), false) << "logged by the removal, off the main thread";
 
     std::filesystem::rename(disk.home(), disk.at("/Users/ann-moved"));
     disk.file("Library/Caches/inside", 10);
     answerYes();
-    controller().removeButton()->click();
-    EXPECT_TRUE(QTest::qWaitFor(
-        [&] { return logged(inside.path + ": left as it was: it lies outside the folder Tidewell may clean"); },
-        10000));
+    bar().cleanButton()->click();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return log.byMainThread(inside.path + leftOutside).has_value(); }, 10000));
     EXPECT_TRUE(exists("Library/Caches/inside")) << "not the granted folder";
     waitForScan();
 }

@@ -23,9 +23,9 @@ protected:
 
     /// Opens the panel for row and checks it is the very record of the catalogue.
     void open(int row) {
-        controller().showDetailsFor(row);
-        ASSERT_TRUE(controller().selectionView()->isVisible());
-        ASSERT_EQ(controller().toolsSelectedDic(), section(row));
+        view().showDetails(row);
+        ASSERT_TRUE(panel().isVisible());
+        ASSERT_EQ(panel().section(), section(row));
     }
 
     [[nodiscard]] Qt::CheckState shown(int row) const { return panelRow(row).checkBox()->checkState(); }
@@ -44,29 +44,27 @@ TEST_F(DetailsPanelTest, ThePanelIsSizedForItsRowsCappedAtFourPlainOrSixGrouped)
                                        builderOf([] { return sectionOfSize("D", 1); }),
                                        builderOf([] { return sectionOfSize("E", 1); }),
                                        builderOf([] { return sectionOfSize("F", 1); })});
-    const CellTable& table = *controller().selectionView()->table();
-    EXPECT_EQ(table.tag(), 2);
-    EXPECT_EQ(controller().itemTable()->tag(), 1);
+    const CellTable& table = *panel().table();
 
     open(0);
-    EXPECT_EQ(controller().selectionView()->titleText()->text(), "Three");
+    EXPECT_EQ(panel().titleText()->text(), "Three");
     EXPECT_EQ(table.rowHeight(), 50);
-    EXPECT_TRUE(table.usesAlternatingRowBackgroundColors());
+    EXPECT_TRUE(table.alternatesRows());
     EXPECT_EQ(table.numberOfRows(), 3);
-    EXPECT_EQ(controller().heightSelectionTable(), 152);
-    EXPECT_EQ(controller().itemTable()->scrollPosition(), 8) << "the item table moves to (0, 8) under the panel";
-    controller().selectionView()->doneButton()->click();
-    EXPECT_FALSE(controller().selectionView()->isVisible());
+    EXPECT_EQ(panel().tableHeight(), 152);
+    EXPECT_EQ(view().itemTable()->scrollPosition(), 8) << "the item table moves to (0, 8) under the panel";
+    panel().doneButton()->click();
+    EXPECT_FALSE(panel().isVisible());
 
     open(1);
     EXPECT_EQ(table.numberOfRows(), 10);
-    EXPECT_EQ(controller().heightSelectionTable(), 202);
-    controller().doneActionFromselectionView();
+    EXPECT_EQ(panel().tableHeight(), 202);
+    panel().finish();
 
     open(2);
     EXPECT_EQ(table.rowHeight(), 36);
-    EXPECT_FALSE(table.usesAlternatingRowBackgroundColors());
-    EXPECT_EQ(controller().heightSelectionTable(), 218);
+    EXPECT_FALSE(table.alternatesRows());
+    EXPECT_EQ(panel().tableHeight(), 218);
     EXPECT_EQ(panelRow(0).height(), 36);
 }
 
@@ -79,16 +77,16 @@ TEST_F(DetailsPanelTest, CaptionsAreBoldOnABandAndSizesShowOnlyWhereItemsHaveThe
         return section;
     })});
     open(0);
-    ToolsSelectionCell& caption = panelRow(0);
-    EXPECT_FALSE(caption.backBox()->isHidden());
+    DetailsRow& caption = panelRow(0);
+    EXPECT_FALSE(caption.band()->isHidden());
     EXPECT_TRUE(caption.nameText()->font().bold());
     EXPECT_EQ(caption.nameText()->text(), "Safari Extensions");
     EXPECT_EQ(caption.nameText()->toolTip(), "Safari Extensions");
     EXPECT_EQ(caption.checkBox()->toolTip(), "Safari Extensions");
     EXPECT_EQ(caption.sizeText()->text(), "1 KB");
 
-    ToolsSelectionCell& item = panelRow(1);
-    EXPECT_TRUE(item.backBox()->isHidden());
+    DetailsRow& item = panelRow(1);
+    EXPECT_TRUE(item.band()->isHidden());
     EXPECT_FALSE(item.nameText()->font().bold());
     EXPECT_FALSE(item.sizeText()->isHidden()) << "an empty size text is still a size text";
     EXPECT_EQ(item.sizeText()->text(), "");
@@ -102,11 +100,11 @@ TEST_F(DetailsPanelTest, PlainRowsTickThemselvesAndEqualNamesAllActOnTheFirst) {
         return sectionNamed("Mail", {itemNamed("Caches"), itemNamed("Logs"), itemNamed("Logs", true, false)});
     })});
     open(0);
-    const int reloads = controller().selectionView()->table()->reloadCount();
+    const int reloads = panel().table()->reloadCount();
     click(0);
     EXPECT_EQ(tick(item(0, 0)), 0);
     EXPECT_EQ(shown(0), Qt::Unchecked);
-    EXPECT_GT(controller().selectionView()->table()->reloadCount(), reloads);
+    EXPECT_GT(panel().table()->reloadCount(), reloads);
 
     // The third row shares the second's name: clicking it changes the second, and the reload shows so.
     click(2);
@@ -153,11 +151,11 @@ TEST_F(DetailsPanelTest, GroupedRowsKeepTheirCaptionsTriStateAndTheLastRowChange
     EXPECT_EQ(shown(5), Qt::Unchecked);
 
     // The last row: itself alone, and the table is left as it was drawn.
-    const int reloads = controller().selectionView()->table()->reloadCount();
+    const int reloads = panel().table()->reloadCount();
     click(6);
     EXPECT_EQ(tick(item(0, 6)), 0);
     EXPECT_EQ(shown(6), Qt::Unchecked);
-    EXPECT_EQ(controller().selectionView()->table()->reloadCount(), reloads);
+    EXPECT_EQ(panel().table()->reloadCount(), reloads);
     EXPECT_EQ(tick(item(0, 4)), 0);
 }
 
@@ -182,42 +180,42 @@ TEST_F(DetailsPanelTest, DoneFoldsTheRowsIntoTheSectionsTick) {
         for (const bool on : ticks) {
             item(0, row++)->set("isChecked", on);
         }
-        controller().selectionView()->doneButton()->click();
-        return cell(0).checkBox()->checkState();
+        panel().doneButton()->click();
+        return card(0).checkBox()->checkState();
     };
     EXPECT_EQ(doneWith({true, true}), Qt::Checked);
     EXPECT_EQ(tick(section(0)), 1);
     EXPECT_EQ(doneWith({true, false}), Qt::PartiallyChecked);
     EXPECT_EQ(tick(section(0)), -1);
-    EXPECT_TRUE(controller().removeButton()->isEnabled()) << "mixed counts as ticked";
+    EXPECT_TRUE(bar().cleanButton()->isEnabled()) << "mixed counts as ticked";
     EXPECT_EQ(doneWith({false, false}), Qt::Unchecked);
     EXPECT_EQ(tick(section(0)), 0);
-    EXPECT_FALSE(controller().removeButton()->isEnabled());
-    EXPECT_EQ(controller().toolsSelectedDic(), section(0)) << "kept after closing";
+    EXPECT_FALSE(bar().cleanButton()->isEnabled());
+    EXPECT_EQ(panel().section(), section(0)) << "kept after closing";
 }
 
 TEST_F(DetailsPanelTest, TheVeilKeepsClicksAndScrollingFromTheTableBeneath) {
     launch(sectionsNamed({"A", "B", "C", "D", "E", "F", "G"}));
     open(1);
-    ASSERT_TRUE(controller().selectionView()->isVisible());
+    ASSERT_TRUE(panel().isVisible());
     settle();
 
     // A real click at the first row's box, through the window: it lands on the veil.
-    QCheckBox& box = *cell(0).checkBox();
+    QCheckBox& box = *card(0).checkBox();
     const QPoint atBox = box.mapTo(&window(), box.rect().center());
-    ASSERT_EQ(window().childAt(atBox), controller().selectionView());
+    ASSERT_EQ(window().childAt(atBox), &panel());
     QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, atBox);
     EXPECT_EQ(tick(section(0)), 1);
 
-    QScrollBar& scroll = *controller().itemTable()->verticalScrollBar();
+    QScrollBar& scroll = *view().itemTable()->verticalScrollBar();
     const int before = scroll.value();
-    QWheelEvent wheel(QPointF(10, 10), controller().selectionView()->mapToGlobal(QPointF(10, 10)), {}, {0, -240},
-                      Qt::NoButton, {}, Qt::NoScrollPhase, false);
-    QApplication::sendEvent(controller().selectionView(), &wheel);
+    QWheelEvent wheel(QPointF(10, 10), panel().mapToGlobal(QPointF(10, 10)), {}, {0, -240}, Qt::NoButton, {},
+                      Qt::NoScrollPhase, false);
+    QApplication::sendEvent(&panel(), &wheel);
     EXPECT_TRUE(wheel.isAccepted());
     EXPECT_EQ(scroll.value(), before);
 
-    controller().doneActionFromselectionView();
+    panel().finish();
     QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, atBox);
     EXPECT_EQ(tick(section(0)), 0) << "with the panel closed the click reaches the box";
 }
@@ -228,10 +226,10 @@ TEST_F(DetailsPanelTest, AShortWindowGrowsForThePanelAndShrinksBackAfterDone) {
     const int shortHeight = window().height();
     open(0);
     settle();
-    const QWidget& card = *controller().selectionView()->card();
+    const QWidget& card = *panel().card();
     EXPECT_GT(window().height(), shortHeight);
-    EXPECT_TRUE(controller().selectionView()->rect().contains(card.geometry())) << "the whole card is in view";
-    controller().doneActionFromselectionView();
+    EXPECT_TRUE(panel().rect().contains(card.geometry())) << "the whole card is in view";
+    panel().finish();
     settle();
     EXPECT_EQ(window().height(), shortHeight);
 }

@@ -1,6 +1,8 @@
+#include <QAction>
 #include <QCheckBox>
 #include <QDesktopServices>
 #include <QLabel>
+#include <QMenu>
 #include <QPushButton>
 #include <QScrollBar>
 #include <QSettings>
@@ -11,8 +13,9 @@
 
 #include "platform/purge_schedule.hpp"
 #include "support/fake_service_manager.hpp"
+#include "ui/item_table_source.hpp"
 #include "ui/popover.hpp"
-#include "ui/progress_indicator.hpp"
+#include "ui/spinning_indicator.hpp"
 #include "window_fixture.hpp"
 
 namespace tidewell::testing {
@@ -39,56 +42,55 @@ TEST_F(ItemTableTest, EachKindOfRowShowsItsOwnTextsStatesAndButtons) {
         }),
         builderOf(promotionRow),
     });
-    ASSERT_EQ(controller().itemTable()->numberOfRows(), 6);
+    ASSERT_EQ(view().itemTable()->numberOfRows(), 6);
 
     // An ordinary section: its items' names, its size, its own icon; -1 shows as mixed.
-    ToolsCell& mail = cell(0);
+    SectionCard& mail = card(0);
     EXPECT_EQ(mail.nameText()->text(), "Mail");
     EXPECT_EQ(mail.sizeText()->text(), "3 KB");
     EXPECT_FALSE(mail.sizeText()->isHidden());
     EXPECT_EQ(mail.detailsText()->text(), "Mail Downloads, Mail Caches");
     EXPECT_EQ(mail.toolTip(), "Mail Downloads, Mail Caches");
     EXPECT_EQ(mail.imageName(), "mail");
-    EXPECT_EQ(mail.detailsImageName(), "DetatilsButton");
     EXPECT_EQ(mail.checkBox()->checkState(), Qt::PartiallyChecked);
     EXPECT_TRUE(mail.checkBox()->isEnabled());
     EXPECT_TRUE(mail.detailsButton()->isEnabled());
     EXPECT_TRUE(mail.infoButton()->isHidden());
-    EXPECT_TRUE(mail.scanButton()->isHidden());
+    EXPECT_TRUE(mail.promotionButton()->isHidden());
     EXPECT_EQ(mail.backgroundColor(), QColor(236, 236, 236));
 
     // Chrome's summary is fixed, whatever its items are.
-    EXPECT_EQ(cell(1).detailsText()->text(), kChromeSummary);
-    EXPECT_EQ(cell(1).toolTip(), kChromeSummary);
-    EXPECT_EQ(cell(1).imageName(), "browser_chrome");
-    EXPECT_EQ(cell(1).checkBox()->checkState(), Qt::Checked);
+    EXPECT_EQ(card(1).detailsText()->text(), kChromeSummary);
+    EXPECT_EQ(card(1).toolTip(), kChromeSummary);
+    EXPECT_EQ(card(1).imageName(), "browser_chrome");
+    EXPECT_EQ(card(1).checkBox()->checkState(), Qt::Checked);
 
-    ToolsCell& adult = cell(2);
+    SectionCard& adult = card(2);
     EXPECT_EQ(adult.sizeText()->text(), "") << "no size, whatever the section holds";
     EXPECT_EQ(adult.detailsText()->text(), "All Adult Browser history");
     EXPECT_FALSE(adult.infoButton()->isHidden());
-    EXPECT_EQ(adult.imageName(), "adult");
+    EXPECT_EQ(adult.imageName(), "adult_history");
 
-    EXPECT_EQ(cell(3).detailsText()->text(), "Browser extensions, Preferences");
-    EXPECT_EQ(cell(3).sizeText()->text(), "3 KB");
-    EXPECT_EQ(cell(3).imageName(), "Browser_ext");
-    EXPECT_TRUE(cell(3).infoButton()->isHidden()) << "a reused cell hides the info button again";
+    EXPECT_EQ(card(3).detailsText()->text(), "Browser extensions, Preferences");
+    EXPECT_EQ(card(3).sizeText()->text(), "3 KB");
+    EXPECT_EQ(card(3).imageName(), "browser_extensions");
+    EXPECT_TRUE(card(3).infoButton()->isHidden()) << "a reused cell hides the info button again";
 
     // Nothing to clean: neither the box nor the details can be used.
-    ToolsCell& system = cell(4);
+    SectionCard& system = card(4);
     EXPECT_FALSE(system.checkBox()->isEnabled());
     EXPECT_FALSE(system.detailsButton()->isEnabled());
     EXPECT_EQ(system.sizeText()->text(), "0 byte");
     EXPECT_EQ(system.imageName(), "system");
 
-    ToolsCell& promotion = cell(5);
+    SectionCard& promotion = card(5);
     EXPECT_EQ(promotion.nameText()->text(), "Thornsweep");
     EXPECT_EQ(promotion.detailsText()->text(), "Detects and Removes Adware");
-    EXPECT_EQ(promotion.imageName(), "Thornsweep");
+    EXPECT_EQ(promotion.imageName(), "promotion");
     EXPECT_TRUE(promotion.checkBox()->isHidden());
     EXPECT_TRUE(promotion.sizeText()->isHidden());
     EXPECT_TRUE(promotion.detailsButton()->isHidden());
-    EXPECT_FALSE(promotion.scanButton()->isHidden());
+    EXPECT_FALSE(promotion.promotionButton()->isHidden());
     EXPECT_TRUE(promotion.infoButton()->isHidden());
 }
 
@@ -107,16 +109,16 @@ TEST_F(ItemTableTest, TheTableAreaGrowsWithTheSectionsUpToFiveThenScrolls) {
             names.push_back("Section " + std::to_string(i));
         }
         launch(sectionsNamed(names));
-        EXPECT_EQ(controller().tableHeight(), expected.height);
-        EXPECT_EQ(controller().itemTable()->isHidden(), expected.sections == 0);
-        EXPECT_EQ(controller().itemTable()->numberOfRows(), static_cast<int>(expected.sections));
-        EXPECT_EQ(controller().itemTable()->verticalScrollBar()->maximum() > 0, expected.scrolls);
+        EXPECT_EQ(view().tableHeight(), expected.height);
+        EXPECT_EQ(view().itemTable()->isHidden(), expected.sections == 0);
+        EXPECT_EQ(view().itemTable()->numberOfRows(), static_cast<int>(expected.sections));
+        EXPECT_EQ(view().itemTable()->verticalScrollBar()->maximum() > 0, expected.scrolls);
         // The window follows the table: everything else keeps its height.
         settle();
-        const int rest = window().height() - controller().tableHeight();
+        const int rest = window().height() - view().tableHeight();
         EXPECT_TRUE(barsAndTitle == -1 || rest == barsAndTitle) << rest << " against " << barsAndTitle;
         barsAndTitle = rest;
-        delegate.reset();
+        application.reset();
     }
 }
 
@@ -126,46 +128,46 @@ TEST_F(ItemTableTest, ABoxPassesItsTickToTheItemsExceptOnTheFourthRow) {
     // A section left mixed by the details panel becomes wholly ticked on the next click.
     item(0, 0)->set("isChecked", false);
     section(0)->set("isChecked", std::int64_t{-1});
-    controller().reloadTableAndUI();
-    ASSERT_EQ(cell(0).checkBox()->checkState(), Qt::PartiallyChecked);
-    cell(0).checkBox()->click();
-    EXPECT_EQ(cell(0).checkBox()->checkState(), Qt::Checked);
+    view().refreshTable();
+    ASSERT_EQ(card(0).checkBox()->checkState(), Qt::PartiallyChecked);
+    card(0).checkBox()->click();
+    EXPECT_EQ(card(0).checkBox()->checkState(), Qt::Checked);
     EXPECT_EQ(tick(section(0)), 1);
     EXPECT_EQ(tick(item(0, 0)), 1);
     EXPECT_EQ(tick(item(0, 1)), 1);
 
-    cell(0).checkBox()->click();
-    EXPECT_EQ(cell(0).checkBox()->checkState(), Qt::Unchecked);
+    card(0).checkBox()->click();
+    EXPECT_EQ(card(0).checkBox()->checkState(), Qt::Unchecked);
     EXPECT_EQ(tick(section(0)), 0);
     EXPECT_EQ(tick(item(0, 0)), 0);
     EXPECT_EQ(tick(item(0, 1)), 0);
 
     // The fourth row changes only itself.
     item(3, 1)->set("isChecked", false);
-    cell(3).checkBox()->click();
+    card(3).checkBox()->click();
     EXPECT_EQ(tick(section(3)), 0);
     EXPECT_EQ(tick(item(3, 0)), 1);
-    cell(3).checkBox()->click();
+    card(3).checkBox()->click();
     EXPECT_EQ(tick(section(3)), 1);
     EXPECT_EQ(tick(item(3, 1)), 0);
 
     // Clean is there while anything is ticked.
     for (const int row : {1, 2, 3, 4}) {
-        EXPECT_TRUE(controller().removeButton()->isEnabled());
-        cell(row).checkBox()->click();
+        EXPECT_TRUE(bar().cleanButton()->isEnabled());
+        card(row).checkBox()->click();
     }
-    EXPECT_FALSE(controller().removeButton()->isEnabled());
-    cell(2).checkBox()->click();
-    EXPECT_TRUE(controller().removeButton()->isEnabled());
+    EXPECT_FALSE(bar().cleanButton()->isEnabled());
+    card(2).checkBox()->click();
+    EXPECT_TRUE(bar().cleanButton()->isEnabled());
 }
 
 TEST_F(ItemTableTest, ThePromotionRowKeepsCleanEnabledWithEverythingElseUnticked) {
     std::vector<SectionBuilder> builders = sectionsNamed({"A"});
     builders.push_back(builderOf(promotionRow));
     launch(std::move(builders));
-    cell(0).checkBox()->click();
+    card(0).checkBox()->click();
     EXPECT_EQ(tick(section(0)), 0);
-    EXPECT_TRUE(controller().removeButton()->isEnabled()) << "a record without a tick is not an unticked one";
+    EXPECT_TRUE(bar().cleanButton()->isEnabled()) << "a record without a tick is not an unticked one";
 }
 
 // A builder the test holds until it lets go (or until a long while has passed, so a failing test ends).
@@ -196,78 +198,78 @@ TEST_F(ItemTableTest, SectionsAppearOneByOneWhileTheWindowKeepsAnswering) {
         gate->pass();
         return BuilderOutcome{sectionOfSize("B", 1), 0, true};
     });
-    start(ToolsViewOptions{std::move(builders), nullptr});
+    start(CatalogueViewOptions{std::move(builders), nullptr});
 
     // The first section is shown while the second builder is still at work; the event loop runs all along.
-    ASSERT_TRUE(QTest::qWaitFor([&] { return controller().itemTable()->numberOfRows() == 1; }, 20000));
-    EXPECT_EQ(controller().tableHeight(), 90);
-    EXPECT_FALSE(controller().scanDriver().scanningDone());
-    EXPECT_TRUE(controller().scannignIndicator()->isAnimating());
-    EXPECT_TRUE(controller().scannignIndicator()->isVisible());
-    cell(0).checkBox()->click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return view().itemTable()->numberOfRows() == 1; }, 20000));
+    EXPECT_EQ(view().tableHeight(), 90);
+    EXPECT_FALSE(view().scanDriver().scanningDone());
+    EXPECT_TRUE(bar().indicator()->isAnimating());
+    EXPECT_TRUE(bar().indicator()->isVisible());
+    card(0).checkBox()->click();
     EXPECT_EQ(tick(section(0)), 0) << "the table answers clicks meanwhile";
 
     gate->open();
     waitForScan();
-    EXPECT_EQ(controller().itemTable()->numberOfRows(), 2);
-    EXPECT_EQ(controller().tableHeight(), 165);
-    EXPECT_FALSE(controller().scannignIndicator()->isAnimating());
-    EXPECT_FALSE(controller().scannignIndicator()->isVisible());
+    EXPECT_EQ(view().itemTable()->numberOfRows(), 2);
+    EXPECT_EQ(view().tableHeight(), 165);
+    EXPECT_FALSE(bar().indicator()->isAnimating());
+    EXPECT_FALSE(bar().indicator()->isVisible());
 }
 
 TEST_F(ItemTableTest, RefreshScansAgainWithFreshRecords) {
     launch(sectionsNamed({"A", "B"}));
-    cell(0).checkBox()->click();
+    card(0).checkBox()->click();
     const RecordPtr before = section(0);
-    controller().refreshButton()->click();
+    bar().refreshButton()->click();
     waitForScan();
     EXPECT_NE(section(0), before);
-    EXPECT_EQ(cell(0).checkBox()->checkState(), Qt::Checked) << "ticks are not kept across scans";
+    EXPECT_EQ(card(0).checkBox()->checkState(), Qt::Checked) << "ticks are not kept across scans";
 }
 
 TEST_F(ItemTableTest, TheSettingsBoxesShowTheStoredSettingsAndWriteThrough) {
     launch(sectionsNamed({"A"}));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->realTimeScanningTimer() != nullptr; }));
-    EXPECT_TRUE(controller().realTimeScanBox()->isChecked()) << "real-time is on unless stored off";
-    EXPECT_FALSE(controller().runAtStartBox()->isChecked()) << "stored off by the fixture";
-    EXPECT_FALSE(controller().hideDockBox()->isChecked()) << "the taskbar entry is stored as shown";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return application->scheduler().timer() != nullptr; }));
+    EXPECT_TRUE(bar().realTimeScanBox()->isChecked()) << "real-time is on unless stored off";
+    EXPECT_FALSE(bar().runAtStartBox()->isChecked()) << "stored off by the fixture";
+    EXPECT_FALSE(bar().hideDockIconBox()->isChecked()) << "the taskbar entry is stored as shown";
 
     const auto stored = [&](const QString& key) { return QSettings(settingsFile, QSettings::IniFormat).value(key); };
-    controller().hideDockBox()->click();
-    EXPECT_EQ(stored(keys::kDockIcon), QVariant(false));
-    EXPECT_FALSE(delegate->showsTaskbarEntry());
-    controller().runAtStartBox()->click();
-    EXPECT_EQ(stored(keys::kRunOnStart), QVariant(true));
-    controller().realTimeScanBox()->click();
+    bar().hideDockIconBox()->click();
+    EXPECT_EQ(stored(keys::kTaskbarEntry), QVariant(false));
+    EXPECT_FALSE(application->taskbar().showsEntry());
+    bar().runAtStartBox()->click();
+    EXPECT_EQ(stored(keys::kRunAtStart), QVariant(true));
+    bar().realTimeScanBox()->click();
     EXPECT_EQ(stored(keys::kRealTimeScan), QVariant(false));
-    EXPECT_EQ(delegate->realTimeScanningTimer(), nullptr);
+    EXPECT_EQ(application->scheduler().timer(), nullptr);
 
     // The status menu's toggle shows in the box too.
-    delegate->RealTimeScanChange();
-    EXPECT_TRUE(controller().realTimeScanBox()->isChecked());
+    application->statusMenu().menu()->actions().front()->trigger();
+    EXPECT_TRUE(bar().realTimeScanBox()->isChecked());
 }
 
 TEST_F(ItemTableTest, WhileTheSystemdTimerPurgesTheWindowsHourlyTimerRestsAndTheTooltipSaysWhy) {
     launch(sectionsNamed({"A"}));
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->realTimeScanningTimer() != nullptr; }));
-    const QString ownTip = controller().realTimeScanBox()->toolTip();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return application->scheduler().timer() != nullptr; }));
+    const QString ownTip = bar().realTimeScanBox()->toolTip();
 
     // `schedule on` as the command does it, with a manager that only makes the enabling link; the folders do not
     // exist yet and appear while Tidewell watches.
     FakeServiceManager manager(unitFolder);
     const PurgeSchedule schedule(unitFolder, "/usr/bin/tidewell-cli", manager);
     ASSERT_TRUE(schedule.turnOn());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->purgeScheduledBySystem(); }));
-    EXPECT_EQ(delegate->realTimeScanningTimer(), nullptr) << "only one of the two purges runs";
-    EXPECT_TRUE(controller().realTimeScanBox()->isChecked()) << "the setting itself stays";
-    EXPECT_TRUE(controller().realTimeScanBox()->toolTip().contains("systemd timer"))
-        << controller().realTimeScanBox()->toolTip().toStdString();
-    delegate->realTimeScanChange(true);
-    EXPECT_EQ(delegate->realTimeScanningTimer(), nullptr) << "switching real-time on again starts no timer";
+    ASSERT_TRUE(QTest::qWaitFor([&] { return application->purgeScheduledBySystem(); }));
+    EXPECT_EQ(application->scheduler().timer(), nullptr) << "only one of the two purges runs";
+    EXPECT_TRUE(bar().realTimeScanBox()->isChecked()) << "the setting itself stays";
+    EXPECT_TRUE(bar().realTimeScanBox()->toolTip().contains("systemd timer"))
+        << bar().realTimeScanBox()->toolTip().toStdString();
+    application->setRealTimeScan(true);
+    EXPECT_EQ(application->scheduler().timer(), nullptr) << "switching real-time on again starts no timer";
 
     ASSERT_TRUE(schedule.turnOff());
-    ASSERT_TRUE(QTest::qWaitFor([&] { return delegate->realTimeScanningTimer() != nullptr; }));
-    EXPECT_EQ(controller().realTimeScanBox()->toolTip(), ownTip);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return application->scheduler().timer() != nullptr; }));
+    EXPECT_EQ(bar().realTimeScanBox()->toolTip(), ownTip);
 }
 
 class UrlCatcher : public QObject {
@@ -284,35 +286,35 @@ TEST_F(ItemTableTest, HelpAndThePromotionRowOpenTheirPagesInTheBrowser) {
     launch(std::move(builders));
     UrlCatcher catcher;
     QDesktopServices::setUrlHandler(QStringLiteral("https"), &catcher, "open");
-    controller().helpButton()->click();
-    cell(1).scanButton()->click();
+    bar().helpButton()->click();
+    card(1).promotionButton()->click();
     QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
-    EXPECT_EQ(catcher.opened, (QList<QUrl>{AppDelegate::helpPageUrl(), ToolsViewController::thornsweepStoreUrl()}));
+    EXPECT_EQ(catcher.opened, (QList<QUrl>{Application::helpPageUrl(), ItemTableSource::promotionPageUrl()}));
 }
 
 TEST_F(ItemTableTest, TheAdultHistoryInfoOpensInAWhitePopoverAtTheButtonAndClosesOnAClickOutside) {
     launch(std::vector<SectionBuilder>{
         builderOf([] { return sectionOfSize("Safari", 2); }),
         builderOf([] { return sectionNamed("Adult History", {itemNamed("Safari Adult History")}, true, "adult"); })});
-    QToolButton& info = *cell(1).infoButton();
-    EXPECT_EQ(controller().adultHistoryPopover(), nullptr);
+    QToolButton& info = *card(1).infoButton();
+    EXPECT_EQ(view().adultHistoryPopover(), nullptr);
     info.click();
-    INPopoverController* popover = controller().adultHistoryPopover();
+    Popover* popover = view().adultHistoryPopover();
     ASSERT_NE(popover, nullptr);
-    ASSERT_TRUE(popover->popoverIsVisible());
+    ASSERT_TRUE(popover->isShown());
     EXPECT_STREQ(popover->contentView()->metaObject()->className(), "tidewell::AdultHistoryInfoView");
     EXPECT_EQ(popover->popoverWindow()->color(), QColor(Qt::white));
 
     // The arrow's tip touches the middle of the button's lower edge.
-    const INPopoverWindow& shown = *popover->popoverWindow();
+    const PopoverWindow& shown = *popover->popoverWindow();
     const QPoint tip = shown.mapToGlobal(shown.arrowTip());
     const QPoint button = info.mapToGlobal(QPoint(info.width() / 2, info.height()));
     EXPECT_LE((tip - button).manhattanLength(), 2)
         << tip.x() << "," << tip.y() << " against " << button.x() << "," << button.y();
-    EXPECT_EQ(shown.arrowDirection(), INPopoverWindow::ArrowDirection::Up);
+    EXPECT_EQ(shown.arrowDirection(), PopoverWindow::ArrowDirection::Up);
 
     QTest::mouseClick(window().windowHandle(), Qt::LeftButton, {}, QPoint(20, window().height() - 20));
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !popover->popoverIsVisible(); }, 2000));
+    EXPECT_TRUE(QTest::qWaitFor([&] { return !popover->isShown(); }, 2000));
 }
 
 } // namespace

@@ -10,7 +10,7 @@ namespace {
 
 class WindowChromeTest : public WindowFixture {
 protected:
-    [[nodiscard]] CustomWindow& custom() const { return *qobject_cast<CustomWindow*>(&window()); }
+    [[nodiscard]] FramelessWindow& custom() const { return *qobject_cast<FramelessWindow*>(&window()); }
 
     // The pointer at a place of the screen, as target sees it wherever it is now.
     static void sendMouse(QWidget& target, QEvent::Type type, QPoint global, Qt::MouseButtons buttons) {
@@ -35,11 +35,11 @@ TEST_F(WindowChromeTest, TheWindowHasNoSystemFrameButItsOwnTitledBarAndRoundedCo
     EXPECT_EQ(alphaAt(0, 0), 0) << "the corner outside the rounding is see-through";
     EXPECT_EQ(alphaAt(window().width() - 1, window().height() - 1), 0);
     EXPECT_EQ(alphaAt(window().width() / 2, window().height() / 2), 255);
-    EXPECT_EQ(alphaAt(CustomWindow::kCornerRadius + 2, 0), 255) << "the rounding is no larger than its radius";
+    EXPECT_EQ(alphaAt(FramelessWindow::kCornerRadius + 2, 0), 255) << "the rounding is no larger than its radius";
 
     // The quit and minimise buttons sit on the left of the bar.
     EXPECT_LT(custom().titleBar()->quitButton()->geometry().right(), custom().titleBar()->width() / 4);
-    EXPECT_LT(custom().titleBar()->minimizeButton()->geometry().right(), custom().titleBar()->width() / 4);
+    EXPECT_LT(custom().titleBar()->minimiseButton()->geometry().right(), custom().titleBar()->width() / 4);
 }
 
 TEST_F(WindowChromeTest, DraggingTheTitleBarMovesTheWindow) {
@@ -47,7 +47,7 @@ TEST_F(WindowChromeTest, DraggingTheTitleBarMovesTheWindow) {
     window().move(100, 80);
     settle();
     const QPoint start = window().pos();
-    WindowLightVIew& bar = *custom().titleBar();
+    TitleBar& bar = *custom().titleBar();
     const QPoint grab = bar.mapToGlobal(QPoint(bar.width() / 2, bar.height() / 2));
     sendMouse(bar, QEvent::MouseButtonPress, grab, Qt::LeftButton);
     sendMouse(bar, QEvent::MouseMove, grab + QPoint(40, 25), Qt::LeftButton);
@@ -59,11 +59,11 @@ TEST_F(WindowChromeTest, DraggingTheTitleBarMovesTheWindow) {
     EXPECT_EQ(window().pos(), start + QPoint(70, 30)) << "released, the window stays";
 }
 
-TEST_F(WindowChromeTest, TheMinimiseButtonMinimisesThroughTheDelegate) {
+TEST_F(WindowChromeTest, TheMinimiseButtonMinimisesAndTheHostBringsTheWindowBack) {
     launch(sectionsNamed({"A"}));
-    custom().titleBar()->minimizeButton()->click();
+    custom().titleBar()->minimiseButton()->click();
     EXPECT_TRUE(QTest::qWaitFor([&] { return window().isMinimized(); }, 2000));
-    delegate->minimizeTo();
+    application->minimiseWindow();
     EXPECT_TRUE(QTest::qWaitFor([&] { return !window().isMinimized(); }, 2000));
 }
 
@@ -85,8 +85,8 @@ TEST_F(WindowChromeTest, AWindowClosedMidScanLetsTheScanGoWithoutWaitingOnIt) {
             return BuilderOutcome{sectionOfSize("A", 1), 0, true};
         });
     }
-    start(ToolsViewOptions{std::move(builders), nullptr});
-    delegate.reset();
+    start(CatalogueViewOptions{std::move(builders), nullptr});
+    application.reset();
     settle();
     EXPECT_LE(runs->load(), 1) << "no builder runs after the window has gone";
 }

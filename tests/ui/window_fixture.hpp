@@ -9,13 +9,15 @@
 #include <vector>
 
 #include "app/alerts.hpp"
-#include "app/app_delegate.hpp"
+#include "app/application.hpp"
 #include "app/settings.hpp"
 #include "platform/folder_grant.hpp"
 #include "support/disk_builder.hpp"
+#include "ui/bottom_bar.hpp"
+#include "ui/details_panel.hpp"
 #include "ui/main_window.hpp"
-#include "ui/selection_view.hpp"
-#include "ui/tools_cell.hpp"
+#include "ui/section_card.hpp"
+#include "ui/widgets.hpp"
 
 namespace tidewell::testing {
 
@@ -79,7 +81,7 @@ protected:
     QString settingsFile = QString::fromStdString(temp.path() + "/config/tidewell.conf");
     /// The user's systemd unit folder as Tidewell watches it, for the purge timer of `tidewell-cli schedule`.
     std::string unitFolder = temp.path() + "/config/systemd/user";
-    std::unique_ptr<AppDelegate> delegate;
+    std::unique_ptr<Application> application;
 
     void SetUp() override {
         disk.folder("Documents");
@@ -87,65 +89,67 @@ protected:
     }
 
     void TearDown() override {
-        delegate.reset();
+        application.reset();
         Alerts::resetSeam();
     }
 
     /// Starts Tidewell and waits for its first scan to end.
-    void launch(ToolsViewOptions options = {}) {
+    void launch(CatalogueViewOptions options = {}) {
         start(std::move(options));
         if (!HasFatalFailure()) {
             waitForScan();
         }
     }
 
-    void launch(std::vector<SectionBuilder> builders) { launch(ToolsViewOptions{std::move(builders), nullptr}); }
+    void launch(std::vector<SectionBuilder> builders) { launch(CatalogueViewOptions{std::move(builders), nullptr}); }
 
     /// Starts Tidewell; its first scan is under way.
-    void start(ToolsViewOptions options = {}) {
+    void start(CatalogueViewOptions options = {}) {
         AppSettings settings(settingsFile);
-        settings.setBool(keys::kDockIcon, true);
-        settings.setBool(keys::kRunOnStart, false);
+        settings.setBool(keys::kTaskbarEntry, true);
+        settings.setBool(keys::kRunAtStart, false);
         const auto grant = createFolderGrant(disk.home());
         ASSERT_TRUE(grant);
-        settings.setData(keys::kSaveDirectory, QByteArray::fromStdString(grantToBytes(*grant)));
-        delegate = std::make_unique<AppDelegate>(AppEnvironment{disk.disk(), settingsFile,
-                                                                {temp.path() + "/config/autostart", "/usr/bin/tidewell"},
-                                                                false, QString(), QString::fromStdString(unitFolder)});
-        installWindowFactories(*delegate, std::move(options));
-        delegate->applicationDidFinishLaunching();
-        ASSERT_NE(toolsViewControllerOf(delegate->windCMain()), nullptr);
+        settings.setBytes(keys::kHomeGrant, QByteArray::fromStdString(grantToBytes(*grant)));
+        application =
+            std::make_unique<Application>(AppEnvironment{disk.disk(),
+                                                         settingsFile,
+                                                         {temp.path() + "/config/autostart", "/usr/bin/tidewell"},
+                                                         false,
+                                                         QString(),
+                                                         QString::fromStdString(unitFolder)});
+        application->setMainWindowFactory(mainWindowFactory(std::move(options)));
+        application->start();
+        ASSERT_NE(catalogueViewOf(application->mainWindow()), nullptr);
     }
 
-    [[nodiscard]] QWidget& window() const { return *delegate->windCMain(); }
-    [[nodiscard]] ToolsViewController& controller() const { return *toolsViewControllerOf(delegate->windCMain()); }
+    [[nodiscard]] QWidget& window() const { return *application->mainWindow(); }
+    [[nodiscard]] CatalogueView& view() const { return *catalogueViewOf(application->mainWindow()); }
+    [[nodiscard]] BottomBar& bar() const { return *view().bottomBar(); }
+    [[nodiscard]] DetailsPanel& panel() const { return *view().detailsPanel(); }
 
     /// Waits until the running scan has ended (the event loop turns meanwhile).
     void waitForScan() const {
         ASSERT_TRUE(QTest::qWaitFor(
-            [this] {
-                return controller().scanDriver().scanningDone() && !controller().scanDriver().isScanRunningForDetails();
-            },
+            [this] { return view().scanDriver().scanningDone() && !view().scanDriver().isScanRunningForDetails(); },
             60000));
     }
 
-    [[nodiscard]] RecordPtr section(int row) const {
-        return controller().availbleApp().at(static_cast<std::size_t>(row));
-    }
+    [[nodiscard]] RecordPtr section(int row) const { return view().catalogue().at(static_cast<std::size_t>(row)); }
     [[nodiscard]] RecordPtr item(int row, std::size_t index) const { return section(row)->list("List")->at(index); }
-    [[nodiscard]] ToolsCell& cell(int row) const {
-        ToolsCell* found = controller().cellAt(row);
+    [[nodiscard]] SectionCard& card(int row) const {
+        SectionCard* found = view().cardAt(row);
         EXPECT_NE(found, nullptr) << "no row " << row;
         return *found;
     }
-    [[nodiscard]] ToolsSelectionCell& panelRow(int row) const {
-        ToolsSelectionCell* found = controller().selectionCellAt(row);
+    [[nodiscard]] DetailsRow& panelRow(int row) const {
+        DetailsRow* found = panel().rowAt(row);
         EXPECT_NE(found, nullptr) << "no panel row " << row;
         return *found;
     }
     /// The row of the section of that name, or -1.
     [[nodiscard]] int rowNamed(const std::string& name) const {
-        const RecordList sections = controller().availbleApp().snapshot();
+        const RecordList sections = view().catalogue().snapshot();
         for (std::size_t row = 0; row < sections.size(); ++row) {
             if (sections[row]->text("Name") == name) {
                 return static_cast<int>(row);

@@ -1,4 +1,4 @@
-#include "app/not_access_vc.hpp"
+#include "app/access_window.hpp"
 
 #include <QApplication>
 #include <QHBoxLayout>
@@ -8,8 +8,8 @@
 #include <QTimer>
 #include <QVBoxLayout>
 
-#include "app/app_delegate.hpp"
-#include "app/open_panel.hpp"
+#include "app/folder_access.hpp"
+#include "app/folder_panel.hpp"
 
 namespace tidewell {
 
@@ -24,8 +24,8 @@ QLabel* makeLabel(const QString& text, QWidget* parent) {
 
 } // namespace
 
-NotAccessVC::NotAccessVC(AppDelegate* delegate, QWidget* parent) : QWidget(parent), m_delegate(delegate) {
-    setObjectName(QStringLiteral("NotAccessWindowID"));
+AccessWindow::AccessWindow(FolderAccess& access, QWidget* parent) : QWidget(parent), m_access(access) {
+    setObjectName(QStringLiteral("accessWindow"));
     setWindowTitle(QStringLiteral("Tidewell"));
 
     auto* icon = new QLabel(this);
@@ -44,20 +44,19 @@ NotAccessVC::NotAccessVC(AppDelegate* delegate, QWidget* parent) : QWidget(paren
                        "Access, then confirm your Home folder in the panel that opens. You are asked only once."),
         this);
 
-    const QString home = m_delegate ? QString::fromStdString(m_delegate->disk().homePath()) : QString();
-    auto* path = makeLabel(home, this);
+    auto* path = makeLabel(QString::fromStdString(m_access.disk().homePath()), this);
     path->setObjectName(QStringLiteral("homePath"));
     path->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
-    m_closeApp = new QPushButton(QStringLiteral("Quit"), this);
-    m_closeApp->setObjectName(QStringLiteral("closeApp"));
+    m_quit = new QPushButton(QStringLiteral("Quit"), this);
+    m_quit->setObjectName(QStringLiteral("quitButton"));
     m_confirmAccess = new QPushButton(QStringLiteral("Confirm Access"), this);
-    m_confirmAccess->setObjectName(QStringLiteral("confirmAccess"));
-    connect(m_closeApp, &QPushButton::clicked, this, &NotAccessVC::closeAppAction);
-    connect(m_confirmAccess, &QPushButton::clicked, this, &NotAccessVC::confirmAccessAction);
+    m_confirmAccess->setObjectName(QStringLiteral("confirmAccessButton"));
+    connect(m_quit, &QPushButton::clicked, this, &AccessWindow::quitRequested);
+    connect(m_confirmAccess, &QPushButton::clicked, this, &AccessWindow::confirmAccess);
 
     auto* buttons = new QHBoxLayout;
-    buttons->addWidget(m_closeApp);
+    buttons->addWidget(m_quit);
     buttons->addStretch();
     buttons->addWidget(m_confirmAccess);
 
@@ -71,29 +70,29 @@ NotAccessVC::NotAccessVC(AppDelegate* delegate, QWidget* parent) : QWidget(paren
     layout->addSpacing(14);
     layout->addLayout(buttons);
 
-    awakeFromNib();
+    applyLook();
     // As tall as the texts need at this width, no more.
     constexpr int kWidth = 480;
     setFixedSize(kWidth, layout->totalHeightForWidth(kWidth));
 }
 
-void NotAccessVC::awakeFromNib() {
+void AccessWindow::applyLook() {
     // A calm white page; the buttons only push in when pressed and keep no on or off state.
     setAutoFillBackground(true);
     QPalette page = palette();
     page.setColor(QPalette::Window, Qt::white);
     page.setColor(QPalette::WindowText, QColor(40, 40, 40));
     setPalette(page);
-    for (QPushButton* button : {m_closeApp, m_confirmAccess}) {
+    for (QPushButton* button : {m_quit, m_confirmAccess}) {
         button->setCheckable(false);
         button->setAutoDefault(false);
         button->setMinimumSize(128, 30);
     }
     m_confirmAccess->setDefault(true);
     // Confirm Access is the one thing to do here, so it alone is filled.
-    m_closeApp->setStyleSheet(QStringLiteral("QPushButton { background: white; color: #333; border: 1px solid #c8c8c8; "
-                                             "border-radius: 6px; padding: 4px 14px; }"
-                                             "QPushButton:pressed { background: #ececec; }"));
+    m_quit->setStyleSheet(QStringLiteral("QPushButton { background: white; color: #333; border: 1px solid #c8c8c8; "
+                                         "border-radius: 6px; padding: 4px 14px; }"
+                                         "QPushButton:pressed { background: #ececec; }"));
     m_confirmAccess->setStyleSheet(QStringLiteral("QPushButton { background: #2e6e8e; color: white; border: 1px solid "
                                                   "#285f7a; border-radius: 6px; padding: 4px 14px; }"
                                                   "QPushButton:pressed { background: #245a74; }"));
@@ -104,40 +103,16 @@ void NotAccessVC::awakeFromNib() {
     }
 }
 
-void NotAccessVC::closeAppAction() {
-    if (m_delegate) {
-        m_delegate->terminateSelf();
-    }
-}
-
-void NotAccessVC::confirmAccessAction() {
-    if (!m_delegate) {
+void AccessWindow::confirmAccess() {
+    const auto offered = [this](const QString& folder) { return m_access.offers(folder); };
+    const FolderPanelRequest request{QStringLiteral("Confirm Access"),
+                                     QStringLiteral("Give access for scanning in your Home Directory"),
+                                     QString::fromStdString(m_access.disk().homePath()), offered, offered};
+    const std::optional<QString> chosen = FolderPanel::choose(request, this);
+    if (!chosen || !m_access.grantChosenFolder(*chosen)) {
         return;
     }
-    const OpenPanelRequest request{QStringLiteral("Confirm Access"),
-                                   QStringLiteral("Give access for scanning in your Home Directory"),
-                                   QString::fromStdString(m_delegate->disk().homePath()),
-                                   [this](const QString& folder) { return panelShouldEnableURL(folder); },
-                                   [this](const QString& folder) { return panelValidateURL(folder); }};
-    const std::optional<QString> chosen = OpenPanel::run(request, this);
-    if (!chosen || !m_delegate->storeFolderGrant(*chosen, {keys::kSaveDirectory})) {
-        return;
-    }
-    QTimer::singleShot(std::chrono::milliseconds(300), m_delegate.data(), &AppDelegate::openMainWindow);
-}
-
-bool NotAccessVC::panelShouldEnableURL(const QString& folder) const {
-    if (!m_delegate) {
-        return false;
-    }
-    const QString root = QString::fromStdString(m_delegate->diskRootPath());
-    const QString chosen = comparablePath(folder);
-    return chosen == comparablePath(QString::fromStdString(m_delegate->disk().homePath())) ||
-           chosen == comparablePath(root + QStringLiteral("/Users")) || chosen == comparablePath(root);
-}
-
-bool NotAccessVC::panelValidateURL(const QString& folder) const {
-    return panelShouldEnableURL(folder);
+    QTimer::singleShot(kHandOverDelay, this, &AccessWindow::granted);
 }
 
 } // namespace tidewell

@@ -1,4 +1,4 @@
-#include "ui/progress_indicator.hpp"
+#include "ui/spinning_indicator.hpp"
 
 #include <QPainter>
 #include <QPainterPath>
@@ -14,8 +14,8 @@ constexpr int kArcSpanDegrees = 100;
 
 } // namespace
 
-ITProgressIndicator::ITProgressIndicator(QWidget* parent) : QWidget(parent), m_color(46, 110, 142) {
-    setObjectName(QStringLiteral("scannignIndicator"));
+SpinningIndicator::SpinningIndicator(QWidget* parent) : QWidget(parent), m_color(46, 110, 142) {
+    setObjectName(QStringLiteral("spinningIndicator"));
     setAttribute(Qt::WA_TranslucentBackground);
     // Redrawn at the display's pace; the angle follows the clock, so a slow frame never slows the turn.
     m_timer.setInterval(std::chrono::milliseconds(16));
@@ -24,7 +24,7 @@ ITProgressIndicator::ITProgressIndicator(QWidget* parent) : QWidget(parent), m_c
     hide();
 }
 
-void ITProgressIndicator::startAnimation() {
+void SpinningIndicator::startAnimation() {
     if (m_timer.isActive()) {
         return;
     }
@@ -33,21 +33,21 @@ void ITProgressIndicator::startAnimation() {
     show();
 }
 
-void ITProgressIndicator::stopAnimation() {
+void SpinningIndicator::stopAnimation() {
     m_timer.stop();
     hide();
 }
 
-void ITProgressIndicator::setColor(const QColor& color) {
+void SpinningIndicator::setColor(const QColor& color) {
     m_color = color;
     update();
 }
 
-QSize ITProgressIndicator::sizeHint() const {
+QSize SpinningIndicator::sizeHint() const {
     return {20, 20};
 }
 
-void ITProgressIndicator::paintEvent(QPaintEvent* /*event*/) {
+void SpinningIndicator::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     const qreal pen = 2.4;

@@ -1,4 +1,4 @@
-#include "ui/selection_view.hpp"
+#include "ui/details_panel.hpp"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -8,12 +8,14 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
+#include "catalogue/ticks.hpp"
+#include "ui/details_table_source.hpp"
 #include "ui/widgets.hpp"
 
 namespace tidewell {
 
-const QColor ToolsSelectionCell::kBandColor{226, 236, 241};
-const QColor SelectionView::kVeilColor = QColor::fromRgbF(0.2F, 0.2F, 0.2F, 0.8F);
+const QColor DetailsRow::kBandColor{226, 236, 241};
+const QColor DetailsPanel::kVeilColor = QColor::fromRgbF(0.2F, 0.2F, 0.2F, 0.8F);
 
 namespace {
 
@@ -21,6 +23,8 @@ constexpr int kCardSideMargin = 28;
 constexpr int kCardVerticalMargin = 20;
 constexpr int kCardPadding = 18;
 constexpr int kIndentStep = 22;
+// The table's outline adds one point above and one below.
+constexpr int kTableOutline = 2;
 
 // A white card with softly rounded corners; the table's outline is drawn around the frame that holds it.
 class Card : public QWidget {
@@ -50,24 +54,22 @@ public:
     using QWidget::QWidget;
 
 protected:
-    void paintEvent(QPaintEvent* /*event*/) override {
-        QPainter(this).fillRect(rect(), ToolsSelectionCell::kBandColor);
-    }
+    void paintEvent(QPaintEvent* /*event*/) override { QPainter(this).fillRect(rect(), DetailsRow::kBandColor); }
 };
 
 } // namespace
 
-// --- ToolsSelectionCell ---
+// --- DetailsRow ---
 
-ToolsSelectionCell::ToolsSelectionCell(QWidget* parent)
-    : QWidget(parent), m_backBox(new Band(this)), m_checkBox(new TickBox(this)), m_nameText(new QLabel(this)),
+DetailsRow::DetailsRow(QWidget* parent)
+    : QWidget(parent), m_band(new Band(this)), m_checkBox(new TickBox(this)), m_nameText(new QLabel(this)),
       m_sizeText(new QLabel(this)), m_indent(new QWidget(this)) {
-    setObjectName(QStringLiteral("ToolsSelectionCell"));
-    m_backBox->setObjectName(QStringLiteral("backBox"));
+    setObjectName(QStringLiteral("detailsRow"));
+    m_band->setObjectName(QStringLiteral("band"));
     m_checkBox->setObjectName(QStringLiteral("checkBox"));
     m_nameText->setObjectName(QStringLiteral("nameText"));
     m_sizeText->setObjectName(QStringLiteral("sizeText"));
-    m_backBox->lower();
+    m_band->lower();
     m_indent->setFixedWidth(kIndentStep);
     m_indent->hide();
     m_sizeText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
@@ -86,30 +88,31 @@ ToolsSelectionCell::ToolsSelectionCell(QWidget* parent)
     row->addWidget(m_sizeText);
 }
 
-void ToolsSelectionCell::setCaption(bool caption) {
-    m_backBox->setVisible(caption);
+void DetailsRow::setCaption(bool caption) {
+    m_band->setVisible(caption);
     QFont font = m_nameText->font();
     font.setBold(caption);
     m_nameText->setFont(font);
 }
 
-void ToolsSelectionCell::setIndented(bool indented) {
+void DetailsRow::setIndented(bool indented) {
     m_indent->setVisible(indented);
 }
 
-void ToolsSelectionCell::resizeEvent(QResizeEvent* event) {
-    m_backBox->setGeometry(rect());
+void DetailsRow::resizeEvent(QResizeEvent* event) {
+    m_band->setGeometry(rect());
     QWidget::resizeEvent(event);
 }
 
-// --- SelectionView ---
+// --- DetailsPanel ---
 
-SelectionView::SelectionView(QWidget* parent)
+DetailsPanel::DetailsPanel(QWidget* parent)
     : QWidget(parent), m_card(new Card(this)), m_title(new QLabel(m_card)), m_tableFrame(new QWidget(m_card)),
-      m_table(new CellTable(2, m_tableFrame)), m_done(new QPushButton(QStringLiteral("Done"), m_card)) {
-    setObjectName(QStringLiteral("selectionView"));
-    m_card->setObjectName(QStringLiteral("selectionCard"));
-    m_table->setObjectName(QStringLiteral("selectionTable"));
+      m_table(new CellTable(m_tableFrame)), m_done(new QPushButton(QStringLiteral("Done"), m_card)),
+      m_source(std::make_unique<DetailsTableSource>(*m_table)) {
+    setObjectName(QStringLiteral("detailsPanel"));
+    m_card->setObjectName(QStringLiteral("detailsCard"));
+    m_table->setObjectName(QStringLiteral("detailsTable"));
     m_done->setObjectName(QStringLiteral("doneButton"));
     static_cast<Card*>(m_card)->outlined = m_tableFrame;
 
@@ -127,10 +130,14 @@ SelectionView::SelectionView(QWidget* parent)
     layout->addWidget(m_title);
     layout->addWidget(m_tableFrame);
     layout->addLayout(buttons);
-    awakeFromNib();
+    applyLook();
+    connect(m_done, &QPushButton::clicked, this, &DetailsPanel::finish);
+    hide();
 }
 
-void SelectionView::awakeFromNib() {
+DetailsPanel::~DetailsPanel() = default;
+
+void DetailsPanel::applyLook() {
     QFont heading = m_title->font();
     heading.setBold(true);
     heading.setPointSizeF(heading.pointSizeF() * 1.15);
@@ -141,46 +148,72 @@ void SelectionView::awakeFromNib() {
     m_done->setAutoDefault(false);
 }
 
-void SelectionView::setTableHeight(int height) {
-    m_tableHeight = height;
-    m_tableFrame->setFixedHeight(height);
+void DetailsPanel::open(RecordPtr section) {
+    const bool grouped = section->flag("isFromThornsweep");
+    m_title->setText(QString::fromStdString(section->text("Name")));
+    m_source->setSection(std::move(section));
+    show();
+    raise();
+    m_table->setRowHeight(grouped ? kGroupedRowHeight : kPlainRowHeight);
+    m_table->setAlternatingRows(!grouped);
+    m_table->reload();
+    const int shown = std::min(m_table->numberOfRows(), grouped ? kGroupedMostRows : kPlainMostRows);
+    m_tableHeight = m_table->rowHeight() * shown + kTableOutline;
+    m_tableFrame->setFixedHeight(m_tableHeight);
     placeCard();
+    m_table->scrollTo(0);
 }
 
-int SelectionView::neededHeight() const {
+void DetailsPanel::finish() {
+    hide();
+    if (const RecordPtr& shown = m_source->section()) {
+        doneActionFromselectionView(*shown);
+    }
+    emit closed();
+}
+
+const RecordPtr& DetailsPanel::section() const {
+    return m_source->section();
+}
+
+DetailsRow* DetailsPanel::rowAt(int row) const {
+    return qobject_cast<DetailsRow*>(m_table->viewAtRow(row));
+}
+
+int DetailsPanel::neededHeight() const {
     return m_card->layout()->sizeHint().height() + 2 * kCardVerticalMargin;
 }
 
-void SelectionView::placeCard() {
+void DetailsPanel::placeCard() {
     const int cardHeight = m_card->layout()->sizeHint().height();
     const int cardWidth = std::max(0, width() - 2 * kCardSideMargin);
     m_card->setGeometry(kCardSideMargin, std::max(0, (height() - cardHeight) / 2), cardWidth, cardHeight);
 }
 
-void SelectionView::paintEvent(QPaintEvent* /*event*/) {
+void DetailsPanel::paintEvent(QPaintEvent* /*event*/) {
     QPainter(this).fillRect(rect(), kVeilColor);
 }
 
-void SelectionView::resizeEvent(QResizeEvent* event) {
+void DetailsPanel::resizeEvent(QResizeEvent* event) {
     placeCard();
     QWidget::resizeEvent(event);
 }
 
 // The veil keeps every click and scroll to itself, so the item table beneath stays as it is while the panel is
 // open.
-void SelectionView::mousePressEvent(QMouseEvent* event) {
+void DetailsPanel::mousePressEvent(QMouseEvent* event) {
     event->accept();
 }
 
-void SelectionView::mouseReleaseEvent(QMouseEvent* event) {
+void DetailsPanel::mouseReleaseEvent(QMouseEvent* event) {
     event->accept();
 }
 
-void SelectionView::mouseDoubleClickEvent(QMouseEvent* event) {
+void DetailsPanel::mouseDoubleClickEvent(QMouseEvent* event) {
     event->accept();
 }
 
-void SelectionView::wheelEvent(QWheelEvent* event) {
+void DetailsPanel::wheelEvent(QWheelEvent* event) {
     event->accept();
 }
 

@@ -1,43 +1,38 @@
-#include "ui/browser_window.hpp"
+#include "ui/browser_sheet.hpp"
 
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMouseEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <chrono>
 
-#include "app/app_delegate.hpp"
-#include "app/notification_centre.hpp"
 #include "ui/icons.hpp"
 #include "ui/widgets.hpp"
-#include "ui/window_chrome.hpp"
 
 namespace tidewell {
 
 namespace {
 
-constexpr int kViewWidth = 360;
+constexpr int kCardWidth = 360;
 constexpr int kRowIconSize = 28;
 constexpr std::chrono::milliseconds kSlideTime{220};
 
 } // namespace
 
-// --- BrowserView ---
+// --- BrowserSheetCard ---
 
-BrowserView::BrowserView(QWidget* parent)
+BrowserSheetCard::BrowserSheetCard(QWidget* parent)
     : QWidget(parent), m_sentence(new QLabel(QStringLiteral("Close these browsers to continue cleaning:"), this)),
       m_rows(new QWidget(this)), m_rowsLayout(new QVBoxLayout(m_rows)),
-      m_closeWindow(new QPushButton(QStringLiteral("Close"), this)),
-      m_retry(new QPushButton(QStringLiteral("Retry"), this)) {
-    setObjectName(QStringLiteral("BrowserView"));
-    m_closeWindow->setObjectName(QStringLiteral("closeWindow"));
-    m_retry->setObjectName(QStringLiteral("retry"));
+      m_close(new QPushButton(QStringLiteral("Close"), this)), m_retry(new QPushButton(QStringLiteral("Retry"), this)) {
+    setObjectName(QStringLiteral("browserSheetCard"));
+    m_close->setObjectName(QStringLiteral("closeButton"));
+    m_retry->setObjectName(QStringLiteral("retryButton"));
     m_sentence->setWordWrap(true);
     QFont bold = m_sentence->font();
     bold.setBold(true);
@@ -45,18 +40,16 @@ BrowserView::BrowserView(QWidget* parent)
     setTextColour(*m_sentence, kTextColor);
     m_rowsLayout->setContentsMargins(4, 0, 4, 0);
     m_rowsLayout->setSpacing(6);
-    styleSecondaryButton(*m_closeWindow);
+    styleSecondaryButton(*m_close);
     stylePrimaryButton(*m_retry);
-    for (QPushButton* button : {m_closeWindow, m_retry}) {
+    for (QPushButton* button : {m_close, m_retry}) {
         button->setMinimumWidth(96);
         button->setAutoDefault(false);
     }
-    connect(m_closeWindow, &QPushButton::clicked, this, &BrowserView::closeWindowAction);
-    connect(m_retry, &QPushButton::clicked, this, &BrowserView::retryAction);
 
     auto* buttons = new QHBoxLayout;
     buttons->addStretch(1);
-    buttons->addWidget(m_closeWindow);
+    buttons->addWidget(m_close);
     buttons->addSpacing(4);
     buttons->addWidget(m_retry);
 
@@ -66,21 +59,19 @@ BrowserView::BrowserView(QWidget* parent)
     layout->addWidget(m_sentence);
     layout->addWidget(m_rows);
     layout->addLayout(buttons);
-    setFixedWidth(kViewWidth);
+    setFixedWidth(kCardWidth);
 }
 
-void BrowserView::setBrowserList(const RecordList& entries) {
-    m_browserList.clear();
+void BrowserSheetCard::setBrowsers(const RecordList& entries) {
     m_rowImages.clear();
     while (QLayoutItem* item = m_rowsLayout->takeAt(0)) {
         delete item->widget();
         delete item;
     }
     for (const RecordPtr& entry : entries) {
-        m_browserList.push_back(entry);
         auto* row = new QWidget(m_rows);
         auto* icon = new QLabel(row);
-        const QString image = imageNameForImg(entry->text("iconBrowser"));
+        const QString image = sectionImageName(entry->text("iconBrowser"));
         icon->setPixmap(imagePixmap(image, kRowIconSize, devicePixelRatioF()));
         icon->setFixedSize(kRowIconSize, kRowIconSize);
         auto* name = new QLabel(QString::fromStdString(entry->text("NameBrowser")), row);
@@ -94,27 +85,18 @@ void BrowserView::setBrowserList(const RecordList& entries) {
         m_rowsLayout->addWidget(row);
         m_rowImages.push_back(image);
     }
-    setFixedHeight(layout()->totalHeightForWidth(kViewWidth));
+    setFixedHeight(layout()->totalHeightForWidth(kCardWidth));
 }
 
-QList<QLabel*> BrowserView::rowNames() const {
-    return m_rows->findChildren<QLabel*>(QStringLiteral("NameBrowser"));
+QStringList BrowserSheetCard::rowNames() const {
+    QStringList names;
+    for (const QLabel* name : m_rows->findChildren<QLabel*>(QStringLiteral("NameBrowser"))) {
+        names.push_back(name->text());
+    }
+    return names;
 }
 
-QStringList BrowserView::rowImages() const {
-    return m_rowImages;
-}
-
-void BrowserView::closeWindowAction() {
-    NotificationCentre::defaultCenter().postNotificationName(kDismissPanelNotification);
-    emit orderedOut();
-}
-
-void BrowserView::retryAction() {
-    NotificationCentre::defaultCenter().postNotificationName(kRefreshBrowserNotification);
-}
-
-void BrowserView::paintEvent(QPaintEvent* /*event*/) {
+void BrowserSheetCard::paintEvent(QPaintEvent* /*event*/) {
     // Hung from the bottom of the title bar: square at the top, rounded below, with a soft edge.
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
@@ -124,81 +106,75 @@ void BrowserView::paintEvent(QPaintEvent* /*event*/) {
     painter.drawRoundedRect(card, 10, 10);
 }
 
-// --- BrowserWindow ---
+// --- BrowserSheet ---
 
-BrowserWindow::BrowserWindow(AppDelegate* appDel, QWidget& mainWindow)
-    : BrowserPanelWindow(&mainWindow), m_view(new BrowserView(this)),
-      m_slide(new QPropertyAnimation(m_view, "pos", this)) {
-    setObjectName(QStringLiteral("BrowserWindow"));
-    m_view->setAppDel(appDel);
+BrowserSheet::BrowserSheet(QWidget& parent)
+    : QWidget(&parent), m_card(new BrowserSheetCard(this)), m_slide(new QPropertyAnimation(m_card, "pos", this)) {
+    setObjectName(QStringLiteral("browserSheet"));
     m_slide->setDuration(static_cast<int>(kSlideTime.count()));
     m_slide->setEasingCurve(QEasingCurve::OutCubic);
-    connect(m_view, &BrowserView::orderedOut, this, &BrowserWindow::endSheet);
-    mainWindow.installEventFilter(this);
+    connect(m_card->closeButton(), &QPushButton::clicked, this, &BrowserSheet::end);
+    connect(m_card->retryButton(), &QPushButton::clicked, this, &BrowserSheet::retryRequested);
+    parent.installEventFilter(this);
     hide();
 }
 
-void BrowserWindow::setBrowserList(const RecordList& entries) {
-    m_view->setBrowserList(entries);
+void BrowserSheet::setBrowsers(const RecordList& entries) {
+    m_card->setBrowsers(entries);
     if (m_slide->state() != QAbstractAnimation::Running) {
-        m_view->move(restingPlace());
+        m_card->move(restingPlace());
     }
 }
 
-void BrowserWindow::beginSheet() {
-    if (m_shown) {
+void BrowserSheet::begin() {
+    if (m_up) {
         return;
     }
-    m_shown = true;
-    placeOverWindow();
+    m_up = true;
+    coverParent();
     show();
     raise();
     const QPoint rest = restingPlace();
     m_slide->stop();
-    m_slide->setStartValue(QPoint(rest.x(), -m_view->height()));
+    m_slide->setStartValue(QPoint(rest.x(), -m_card->height()));
     m_slide->setEndValue(rest);
     m_slide->start();
 }
 
-void BrowserWindow::endSheet() {
-    m_shown = false;
+void BrowserSheet::end() {
+    m_up = false;
     m_slide->stop();
     hide();
 }
 
-void BrowserWindow::placeOverWindow() {
-    const QWidget* window = parentWidget();
-    if (window == nullptr) {
-        return;
-    }
-    const auto* custom = qobject_cast<const CustomWindow*>(window);
-    setGeometry(custom != nullptr ? custom->contentRect() : window->rect());
+void BrowserSheet::coverParent() {
+    setGeometry(parentWidget()->rect());
     if (m_slide->state() != QAbstractAnimation::Running) {
-        m_view->move(restingPlace());
+        m_card->move(restingPlace());
     }
 }
 
-QPoint BrowserWindow::restingPlace() const {
-    return {(width() - m_view->width()) / 2, 0};
+QPoint BrowserSheet::restingPlace() const {
+    return {(width() - m_card->width()) / 2, 0};
 }
 
-bool BrowserWindow::eventFilter(QObject* watched, QEvent* event) {
+bool BrowserSheet::eventFilter(QObject* watched, QEvent* event) {
     if (watched == parentWidget() && event->type() == QEvent::Resize) {
-        placeOverWindow();
+        coverParent();
     }
-    return BrowserPanelWindow::eventFilter(watched, event);
+    return QWidget::eventFilter(watched, event);
 }
 
-void BrowserWindow::paintEvent(QPaintEvent* /*event*/) {
+void BrowserSheet::paintEvent(QPaintEvent* /*event*/) {
     QPainter(this).fillRect(rect(), QColor(30, 30, 30, 70));
 }
 
 // While the sheet is up the window beneath takes no clicks and no scrolling.
-void BrowserWindow::mousePressEvent(QMouseEvent* event) {
+void BrowserSheet::mousePressEvent(QMouseEvent* event) {
     event->accept();
 }
 
-void BrowserWindow::wheelEvent(QWheelEvent* event) {
+void BrowserSheet::wheelEvent(QWheelEvent* event) {
     event->accept();
 }
 

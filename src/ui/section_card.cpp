@@ -1,4 +1,4 @@
-#include "ui/tools_cell.hpp"
+#include "ui/section_card.hpp"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -12,7 +12,7 @@
 
 namespace tidewell {
 
-const QColor ToolsCell::kBackgroundColor{236, 236, 236};
+const QColor SectionCard::kBackgroundColor{236, 236, 236};
 
 namespace {
 
@@ -34,30 +34,31 @@ QToolButton* makeFlatButton(const QString& name, QWidget* parent) {
 
 } // namespace
 
-ToolsCell::ToolsCell(QWidget* parent)
+SectionCard::SectionCard(QWidget* parent)
     : QWidget(parent), m_imageIcon(new QLabel(this)), m_checkBox(new TickBox(this)), m_nameText(new QLabel(this)),
       m_infoButton(makeFlatButton(QStringLiteral("infoButton"), this)), m_detailsText(new ElidedLabel(this)),
       m_sizeText(new QLabel(this)), m_detailsButton(makeFlatButton(QStringLiteral("detailsButton"), this)),
-      m_scanButton(new QPushButton(QStringLiteral("Get Thornsweep"), this)) {
-    setObjectName(QStringLiteral("ToolsCell"));
+      m_promotionButton(new QPushButton(QStringLiteral("Get Thornsweep"), this)) {
+    setObjectName(QStringLiteral("sectionCard"));
     m_imageIcon->setObjectName(QStringLiteral("imageIcon"));
     m_checkBox->setObjectName(QStringLiteral("checkBox"));
     m_nameText->setObjectName(QStringLiteral("nameText"));
     m_detailsText->setObjectName(QStringLiteral("detailsText"));
     m_sizeText->setObjectName(QStringLiteral("sizeText"));
-    m_scanButton->setObjectName(QStringLiteral("scanButton"));
+    m_promotionButton->setObjectName(QStringLiteral("promotionButton"));
 
     m_imageIcon->setFixedSize(kIconSize, kIconSize);
-    m_infoButton->setIcon(namedImage(QStringLiteral("info")));
+    m_infoButton->setIcon(namedImage(QStringLiteral("info_button")));
     m_infoButton->setIconSize(QSize(15, 15));
     m_infoButton->setFixedSize(20, 20);
     m_infoButton->setToolTip(QStringLiteral("About Adult History"));
+    m_detailsButton->setIcon(namedImage(QStringLiteral("details_button")));
     m_detailsButton->setIconSize(QSize(kDetailsIconSize, kDetailsIconSize));
     m_detailsButton->setFixedSize(30, 30);
     m_detailsButton->setToolTip(QStringLiteral("Details"));
     m_sizeText->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_sizeText->setMinimumWidth(76);
-    m_scanButton->setCursor(Qt::PointingHandCursor);
+    m_promotionButton->setCursor(Qt::PointingHandCursor);
 
     auto* nameLine = new QHBoxLayout;
     nameLine->setSpacing(4);
@@ -84,13 +85,13 @@ ToolsCell::ToolsCell(QWidget* parent)
     row->addWidget(m_sizeText);
     row->addSpacing(6);
     row->addWidget(m_detailsButton);
-    row->addWidget(m_scanButton);
+    row->addWidget(m_promotionButton);
     row->addSpacing(4);
 
-    awakeFromNib();
+    applyLook();
 }
 
-void ToolsCell::awakeFromNib() {
+void SectionCard::applyLook() {
     QFont bold = m_nameText->font();
     bold.setBold(true);
     m_nameText->setFont(bold);
@@ -100,22 +101,17 @@ void ToolsCell::awakeFromNib() {
     m_sizeText->setFont(size);
     setTextColour(*m_sizeText, QColor(64, 64, 64));
     m_detailsText->setTextColor(kMutedTextColor);
-    styleSecondaryButton(*m_scanButton);
-    m_scanButton->hide();
+    styleSecondaryButton(*m_promotionButton);
+    m_promotionButton->hide();
     m_infoButton->hide();
 }
 
-void ToolsCell::setImageName(const QString& name) {
+void SectionCard::setImageName(const QString& name) {
     m_imageName = name;
     m_imageIcon->setPixmap(imagePixmap(name, kIconSize, devicePixelRatioF()));
 }
 
-void ToolsCell::setDetailsImageName(const QString& name) {
-    m_detailsImageName = name;
-    m_detailsButton->setIcon(namedImage(name));
-}
-
-void ToolsCell::paintEvent(QPaintEvent* /*event*/) {
+void SectionCard::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setPen(Qt::NoPen);

@@ -7,16 +7,16 @@
 
 namespace tidewell {
 
-/// `ITProgressIndicator`: an indeterminate spinning indicator, a short arc turning on a faint ring. It is only
+/// An indeterminate spinning indicator, a short arc turning on a faint ring. It is only
 /// seen while it turns: stopping it hides it, starting it shows it.
-class ITProgressIndicator : public QWidget {
+class SpinningIndicator : public QWidget {
     Q_OBJECT
 public:
-    explicit ITProgressIndicator(QWidget* parent = nullptr);
+    explicit SpinningIndicator(QWidget* parent = nullptr);
 
-    /// `startAnimation:`: shows the indicator and starts turning; starting it again changes nothing.
+    /// Shows the indicator and starts turning; starting it again changes nothing.
     void startAnimation();
-    /// `stopAnimation:`: stops turning and hides it.
+    /// Stops turning and hides it.
     void stopAnimation();
     [[nodiscard]] bool isAnimating() const { return m_timer.isActive(); }
 

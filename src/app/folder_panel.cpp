@@ -1,4 +1,4 @@
-#include "app/open_panel.hpp"
+#include "app/folder_panel.hpp"
 
 #include <QFileInfo>
 #include <QFileSystemModel>
@@ -14,28 +14,28 @@ std::deque<std::optional<QString>>& queuedChoices() {
     return choices;
 }
 
-std::optional<OpenPanelRequest>& lastPanelRequest() {
-    static std::optional<OpenPanelRequest> request;
+std::optional<FolderPanelRequest>& lastPanelRequest() {
+    static std::optional<FolderPanelRequest> request;
     return request;
 }
 
 // Greys out the folders the request does not offer; files never show, since only folders can be chosen.
 class EnablingModel final : public QIdentityProxyModel {
 public:
-    EnablingModel(std::function<bool(const QString&)> shouldEnable, QObject* parent)
-        : QIdentityProxyModel(parent), m_shouldEnable(std::move(shouldEnable)) {}
+    EnablingModel(std::function<bool(const QString&)> offers, QObject* parent)
+        : QIdentityProxyModel(parent), m_offers(std::move(offers)) {}
 
     [[nodiscard]] Qt::ItemFlags flags(const QModelIndex& index) const override {
         Qt::ItemFlags flags = QIdentityProxyModel::flags(index);
         const QString path = index.data(QFileSystemModel::FilePathRole).toString();
-        if (!path.isEmpty() && m_shouldEnable && !m_shouldEnable(path)) {
+        if (!path.isEmpty() && m_offers && !m_offers(path)) {
             flags &= ~(Qt::ItemIsEnabled | Qt::ItemIsSelectable);
         }
         return flags;
     }
 
 private:
-    std::function<bool(const QString&)> m_shouldEnable;
+    std::function<bool(const QString&)> m_offers;
 };
 
 } // namespace
@@ -45,7 +45,7 @@ QString comparablePath(const QString& path) {
     return real.isEmpty() ? QDir::cleanPath(path) : real;
 }
 
-FolderPanel::FolderPanel(OpenPanelRequest request, QWidget* parent)
+FolderPanel::FolderPanel(FolderPanelRequest request, QWidget* parent)
     : QFileDialog(parent), m_request(std::move(request)) {
     // Qt's own dialog rather than the desktop's: only it lets Tidewell grey out folders and refuse a choice.
     setOption(QFileDialog::DontUseNativeDialog);
@@ -54,7 +54,7 @@ FolderPanel::FolderPanel(OpenPanelRequest request, QWidget* parent)
     setAcceptMode(QFileDialog::AcceptOpen);
     setLabelText(QFileDialog::Accept, m_request.prompt);
     setWindowTitle(m_request.message);
-    setProxyModel(new EnablingModel(m_request.shouldEnable, this));
+    setProxyModel(new EnablingModel(m_request.offers, this));
     setDirectory(m_request.startFolder);
 }
 
@@ -65,17 +65,17 @@ QString FolderPanel::chosenFolder() const {
 
 void FolderPanel::accept() {
     const QString folder = chosenFolder();
-    if (!folder.isEmpty() && (!m_request.validate || m_request.validate(folder))) {
+    if (!folder.isEmpty() && (!m_request.accepts || m_request.accepts(folder))) {
         QFileDialog::accept();
     }
 }
 
-std::optional<QString> OpenPanel::run(const OpenPanelRequest& request, QWidget* parent) {
+std::optional<QString> FolderPanel::choose(const FolderPanelRequest& request, QWidget* parent) {
     lastPanelRequest() = request;
     if (!queuedChoices().empty()) {
         std::optional<QString> choice = queuedChoices().front();
         queuedChoices().pop_front();
-        if (choice && request.validate && !request.validate(*choice)) {
+        if (choice && request.accepts && !request.accepts(*choice)) {
             return std::nullopt;
         }
         return choice;
@@ -88,15 +88,15 @@ std::optional<QString> OpenPanel::run(const OpenPanelRequest& request, QWidget* 
     return panel.chosenFolder();
 }
 
-void OpenPanel::answerNextPanel(std::optional<QString> folder) {
+void FolderPanel::answerNextPanel(std::optional<QString> folder) {
     queuedChoices().push_back(std::move(folder));
 }
 
-const std::optional<OpenPanelRequest>& OpenPanel::lastRequest() {
+const std::optional<FolderPanelRequest>& FolderPanel::lastRequest() {
     return lastPanelRequest();
 }
 
-void OpenPanel::resetSeam() {
+void FolderPanel::resetSeam() {
     queuedChoices().clear();
     lastPanelRequest().reset();
 }

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QWidget>
+#include <chrono>
+
+class QPushButton;
+
+namespace tidewell {
+
+class FolderAccess;
+
+/// The access window, shown at start while Tidewell has no working grant for the home folder. It explains why
+/// Tidewell asks, and offers two buttons: Quit, and Confirm Access, which opens the panel in which the person
+/// grants the home folder. Once a grant is recorded the window says so (granted), and the main window takes over.
+class AccessWindow : public QWidget {
+    Q_OBJECT
+public:
+    /// How long after a grant granted is emitted.
+    static constexpr std::chrono::milliseconds kHandOverDelay{300};
+
+    /// The window for access's disk and home folder, unshown. access outlives it.
+    explicit AccessWindow(FolderAccess& access, QWidget* parent = nullptr);
+
+    /// Confirm Access: the folder panel ("Confirm Access", "Give access for scanning in your Home Directory",
+    /// opening at the home folder), offering what FolderAccess::offers. A choice is granted and kHandOverDelay later
+    /// granted is emitted; a cancelled panel leaves everything as it was; a choice whose grant cannot be made ends in
+    /// the "Access Denied" alert, with the window still up.
+    void confirmAccess();
+
+    [[nodiscard]] QPushButton* quitButton() const { return m_quit; }
+    [[nodiscard]] QPushButton* confirmAccessButton() const { return m_confirmAccess; }
+
+signals:
+    /// Quit was pressed.
+    void quitRequested();
+    /// A grant was recorded and started a moment ago.
+    void granted();
+
+private:
+    void applyLook();
+
+    FolderAccess& m_access;
+    QPushButton* m_quit = nullptr;
+    QPushButton* m_confirmAccess = nullptr;
+};
+
+} // namespace tidewell

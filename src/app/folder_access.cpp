@@ -1,0 +1,50 @@
+#include "app/folder_access.hpp"
+
+#include <fmt/format.h>
+
+#include "app/alerts.hpp"
+#include "app/folder_panel.hpp"
+#include "platform/log.hpp"
+
+namespace tidewell {
+
+FolderAccess::FolderAccess(AppSettings& settings, DiskRoot disk) : m_settings(settings), m_disk(std::move(disk)) {}
+
+bool FolderAccess::startStoredGrant() {
+    // Read backwards on purpose: a home folder that is writable already is taken as not granted.
+    if (m_started.isWritableFileAtPath(m_disk.homePath())) {
+        return false;
+    }
+    const std::optional<QByteArray> bytes = m_settings.bytesAt(keys::kHomeGrant);
+    if (!bytes) {
+        return false;
+    }
+    const std::optional<FolderGrant> grant = grantFromBytes(bytes->toStdString());
+    if (!grant || !resolveFolderGrant(*grant)) {
+        return false;
+    }
+    return m_started.startAccessing(*grant);
+}
+
+bool FolderAccess::offers(const QString& folder) const {
+    const QString root = QString::fromStdString(m_disk.rootPrefix().empty() ? std::string("/") : m_disk.rootPrefix());
+    const QString chosen = comparablePath(folder);
+    return chosen == comparablePath(QString::fromStdString(m_disk.homePath())) ||
+           chosen == comparablePath(root + QStringLiteral("/Users")) || chosen == comparablePath(root);
+}
+
+bool FolderAccess::grantChosenFolder(const QString& folder) {
+    const std::expected<FolderGrant, std::string> grant = createFolderGrant(folder.toStdString());
+    if (!grant) {
+        // Nothing is stored, which takes away any earlier grant.
+        m_settings.remove(keys::kHomeGrant);
+        logLine(fmt::format("Error bookmarking selected URL: {}", grant.error()));
+        Alerts::runModal({QString(), QStringLiteral("Access Denied"), {}, std::nullopt});
+        return false;
+    }
+    m_settings.setBytes(keys::kHomeGrant, QByteArray::fromStdString(grantToBytes(*grant)));
+    m_started.startAccessing(*grant);
+    return true;
+}
+
+} // namespace tidewell

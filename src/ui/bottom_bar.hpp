@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QWidget>
+
+class QCheckBox;
+class QPushButton;
+class QToolButton;
+
+namespace tidewell {
+
+class SpinningIndicator;
+class WindowHost;
+
+/// The bar at the bottom of the main window: the three settings boxes (real-time scan, run at start, hide dock
+/// icon) with the help button on one line, and the spinning indicator, Refresh and Clean, the one prominent action,
+/// on the next. The boxes show the host's choices and follow them; only a person's click changes a choice.
+class BottomBar : public QWidget {
+    Q_OBJECT
+public:
+    /// The bar for host, which outlives it.
+    explicit BottomBar(WindowHost& host, QWidget* parent = nullptr);
+
+    [[nodiscard]] QCheckBox* realTimeScanBox() const { return m_realTimeScanBox; }
+    [[nodiscard]] QCheckBox* runAtStartBox() const { return m_runAtStartBox; }
+    [[nodiscard]] QCheckBox* hideDockIconBox() const { return m_hideDockIconBox; }
+    [[nodiscard]] QToolButton* helpButton() const { return m_helpButton; }
+    [[nodiscard]] SpinningIndicator* indicator() const { return m_indicator; }
+    [[nodiscard]] QPushButton* refreshButton() const { return m_refreshButton; }
+    [[nodiscard]] QPushButton* cleanButton() const { return m_cleanButton; }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    void showChoices();
+
+    WindowHost& m_host;
+    QCheckBox* m_realTimeScanBox;
+    QCheckBox* m_runAtStartBox;
+    QCheckBox* m_hideDockIconBox;
+    QToolButton* m_helpButton;
+    SpinningIndicator* m_indicator;
+    QPushButton* m_refreshButton;
+    QPushButton* m_cleanButton;
+};
+
+} // namespace tidewell

@@ -1,0 +1,155 @@
+#include "ui/catalogue_view.hpp"
+
+#include <QLabel>
+#include <QPushButton>
+#include <QVBoxLayout>
+
+#include "app/window_host.hpp"
+#include "catalogue/ticks.hpp"
+#include "sources/builders.hpp"
+#include "ui/adult_history_info_view.hpp"
+#include "ui/bottom_bar.hpp"
+#include "ui/browser_sheet.hpp"
+#include "ui/details_panel.hpp"
+#include "ui/item_table_source.hpp"
+#include "ui/popover.hpp"
+#include "ui/section_card.hpp"
+#include "ui/spinning_indicator.hpp"
+#include "ui/widgets.hpp"
+#include "ui/window_clean.hpp"
+
+namespace tidewell {
+
+CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWidget* parent)
+    : QWidget(parent), m_host(host), m_mainThread(*this) {
+    setObjectName(QStringLiteral("catalogueView"));
+    m_driver = std::make_unique<ScanDriver>(m_host.disk(), m_mainThread, *this,
+                                            options.builders ? std::move(*options.builders) : standardBuilders());
+
+    m_tableArea = new QWidget(this);
+    m_tableArea->setObjectName(QStringLiteral("tableArea"));
+    m_itemTable = new CellTable(m_tableArea);
+    m_itemTable->setObjectName(QStringLiteral("itemTable"));
+    m_itemTable->setRowHeight(SectionCard::kHeight);
+    // 10 above the first card and 10 after each, 5 below: 75 a section and 15 more.
+    m_itemTable->setRowSpacing(kRowStep - SectionCard::kHeight, QMargins(20, 10, 20, 5));
+    m_itemSource = std::make_unique<ItemTableSource>(*m_itemTable, catalogue());
+    connect(m_itemSource.get(), &ItemTableSource::ticked, this, &CatalogueView::refreshTable);
+    connect(m_itemSource.get(), &ItemTableSource::detailsRequested, this, &CatalogueView::showDetails);
+    connect(m_itemSource.get(), &ItemTableSource::infoRequested, this, &CatalogueView::showAdultHistoryInfo);
+    m_emptyText = new QLabel(QStringLiteral("Looking for traces…"), m_tableArea);
+    m_emptyText->setAlignment(Qt::AlignCenter);
+    setTextColour(*m_emptyText, kMutedTextColor);
+    auto* area = new QVBoxLayout(m_tableArea);
+    area->setContentsMargins(0, 0, 0, 0);
+    area->setSpacing(0);
+    area->addWidget(m_itemTable);
+    area->addWidget(m_emptyText);
+    m_tableArea->setFixedHeight(m_height);
+
+    m_bottomBar = new BottomBar(m_host, this);
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(0);
+    layout->addWidget(m_tableArea);
+    layout->addStretch(1);
+    layout->addWidget(m_bottomBar);
+    setFixedWidth(kWidth);
+
+    m_detailsPanel = new DetailsPanel(this);
+    connect(m_detailsPanel, &DetailsPanel::closed, this, [this] {
+        setMinimumHeight(0);
+        refreshTable();
+    });
+
+    m_browserSheet = new BrowserSheet(*this);
+    m_clean = std::make_unique<WindowClean>(m_host, catalogue(), *m_browserSheet, *m_bottomBar->indicator(),
+                                            options.running ? std::move(options.running)
+                                                            : std::shared_ptr(systemRunningApplications()));
+    connect(m_bottomBar->refreshButton(), &QPushButton::clicked, this, [this] { m_driver->refreshBrowserData(); });
+    connect(m_bottomBar->cleanButton(), &QPushButton::clicked, m_clean.get(), &WindowClean::clean);
+    connect(m_clean.get(), &WindowClean::busyChanged, this, [this](bool busy) {
+        m_bottomBar->refreshButton()->setEnabled(!busy);
+        refreshTable();
+    });
+    connect(m_clean.get(), &WindowClean::removed, this, &CatalogueView::rescan);
+
+    m_host.restoreSettings();
+    m_driver->resetAndAddavailbleApplications();
+}
+
+CatalogueView::~CatalogueView() {
+    // A scan thread waiting on a hand-over is let go, then joined, while everything it could reach still exists.
+    m_mainThread.shutdown();
+    m_driver.reset();
+}
+
+// --- The scan ---
+
+void CatalogueView::startIndicator() {
+    m_bottomBar->indicator()->startAnimation();
+}
+
+void CatalogueView::stopIndicator() {
+    m_bottomBar->indicator()->stopAnimation();
+}
+
+void CatalogueView::setHeightDetails() {
+    const auto sections = static_cast<int>(catalogue().size());
+    m_itemTable->setVisible(sections != 0);
+    m_emptyText->setVisible(sections == 0 && m_driver->isScanRunningForDetails());
+    m_height = sections == 0                     ? kEmptyTableHeight
+               : sections <= kMostRowsUnscrolled ? kRowStep * sections + kTableExtra
+                                                 : kMostTableHeight;
+    m_tableArea->setFixedHeight(m_height);
+    refreshTable();
+}
+
+void CatalogueView::scanFinished() {
+    m_emptyText->hide();
+}
+
+void CatalogueView::rescan() {
+    // A clean always ends in a fresh scan, even after one that had finished.
+    m_driver->setIsScanRunningForDetails(false);
+    m_driver->setScanningDone(false);
+    m_driver->resetAndAddavailbleApplications();
+}
+
+void CatalogueView::refreshTable() {
+    m_itemTable->reload();
+    m_bottomBar->cleanButton()->setEnabled(!m_clean->isBusy() && removeButtonEnabled(catalogue()));
+}
+
+SectionCard* CatalogueView::cardAt(int row) const {
+    return qobject_cast<SectionCard*>(m_itemTable->viewAtRow(row));
+}
+
+// --- Details and info ---
+
+void CatalogueView::showDetails(int row) {
+    const RecordPtr section = row >= 0 ? catalogue().at(static_cast<std::size_t>(row)) : nullptr;
+    if (!section) {
+        return;
+    }
+    m_detailsPanel->setGeometry(rect());
+    m_detailsPanel->open(section);
+    m_itemTable->scrollTo(kScrollUnderPanel);
+    // A short catalogue makes a short window; it grows while the panel needs the room.
+    setMinimumHeight(m_detailsPanel->neededHeight());
+}
+
+void CatalogueView::showAdultHistoryInfo(QWidget& button) {
+    if (!m_adultHistoryPopover) {
+        m_adultHistoryPopover = std::make_unique<Popover>(new AdultHistoryInfoView);
+        m_adultHistoryPopover->setColor(Qt::white);
+    }
+    m_adultHistoryPopover->showAt(button.rect(), button);
+}
+
+void CatalogueView::resizeEvent(QResizeEvent* event) {
+    m_detailsPanel->setGeometry(rect());
+    QWidget::resizeEvent(event);
+}
+
+} // namespace tidewell

@@ -1,0 +1,57 @@
+#include "ui/details_table_source.hpp"
+
+#include <QLabel>
+
+#include "catalogue/ticks.hpp"
+#include "ui/details_panel.hpp"
+
+namespace tidewell {
+
+DetailsTableSource::DetailsTableSource(CellTable& table) : m_table(table) {
+    m_table.setDataSource(this);
+}
+
+int DetailsTableSource::rowCount() const {
+    const RecordList* items = m_section ? m_section->list("List") : nullptr;
+    return items != nullptr ? static_cast<int>(items->size()) : 0;
+}
+
+QWidget* DetailsTableSource::viewForRow(int row, QWidget* reusable) {
+    auto* view = qobject_cast<DetailsRow*>(reusable);
+    if (view == nullptr) {
+        view = new DetailsRow;
+        connect(view->checkBox(), &QCheckBox::clicked, this, [this, view] { tickClicked(*view->checkBox()); });
+    }
+    const RecordList* items = m_section ? m_section->list("List") : nullptr;
+    if (items == nullptr || row < 0 || static_cast<std::size_t>(row) >= items->size()) {
+        return view;
+    }
+    const Record& item = *(*items)[static_cast<std::size_t>(row)];
+    const bool caption = !item.flag("isHeader");
+    const QString name = QString::fromStdString(item.text("NameText"));
+    view->setCaption(caption);
+    view->setIndented(!caption && m_section->flag("isFromThornsweep"));
+    view->checkBox()->setEnabled(item.flag("isEnabled"));
+    view->checkBox()->setTick(tickOf(item));
+    view->checkBox()->setToolTip(name);
+    view->nameText()->setText(name);
+    view->nameText()->setToolTip(name);
+    // An empty size text still counts as one and shows empty; only a row without one hides it.
+    view->sizeText()->setVisible(item.has("sizeText"));
+    view->sizeText()->setText(QString::fromStdString(item.text("sizeText")));
+    return view;
+}
+
+void DetailsTableSource::tickClicked(TickBox& box) {
+    if (!m_section) {
+        return;
+    }
+    Tick state = box.tick();
+    const bool reload = selectionCheckBoxAction(*m_section, box.toolTip().toStdString(), state);
+    box.setTick(state);
+    if (reload) {
+        m_table.reload();
+    }
+}
+
+} // namespace tidewell
