@@ -61,11 +61,7 @@ BrowserPanel WindowClean::browserPanel() {
 }
 
 void WindowClean::clean() {
-    if (m_busy) {
-        return;
-    }
-    const RecordList sections = tickedSections(m_catalogue.snapshot());
-    if (!forceQuitBrowsers(&sections, m_host.disk(), *m_running, browserPanel())) {
+    if (!mayRemove(forceQuitBrowsers)) {
         return;
     }
     setBusy(true);
@@ -74,15 +70,19 @@ void WindowClean::clean() {
 }
 
 void WindowClean::retry() {
-    if (m_busy) {
-        return;
-    }
-    const RecordList sections = tickedSections(m_catalogue.snapshot());
-    if (!tryAgain(&sections, m_host.disk(), *m_running, browserPanel())) {
+    if (!mayRemove(tryAgain)) {
         return;
     }
     setBusy(true);
     startRemoval(true);
+}
+
+bool WindowClean::mayRemove(const BrowserCheck& check) {
+    if (m_busy) {
+        return false;
+    }
+    const RecordList sections = tickedSections(m_catalogue.snapshot());
+    return check(&sections, m_host.disk(), *m_running, browserPanel());
 }
 
 void WindowClean::setBusy(bool busy) {

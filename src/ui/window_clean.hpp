@@ -59,7 +59,12 @@ signals:
     void removed();
 
 private:
+    // The browser check before the Clean path's removal (forceQuitBrowsers) or the Retry path's (tryAgain).
+    using BrowserCheck = bool(const RecordList*, const DiskRoot&, const RunningApplications&, const BrowserPanel&);
+
     [[nodiscard]] BrowserPanel browserPanel();
+    // Whether no clean is under way and the check, over the sections ticked now, lets the removal go ahead.
+    [[nodiscard]] bool mayRemove(const BrowserCheck& check);
     void setBusy(bool busy);
     // fromRetry: the Retry path, which shows no indicator and ends the sheet once the removal is done.
     void startRemoval(bool fromRetry);

@@ -1,12 +1,11 @@
 #include <QFile>
 #include <QProcess>
 #include <QPushButton>
-#include <QThread>
-#include <mutex>
+#include <thread>
 
-#include "platform/log.hpp"
 #include "platform/running_apps.hpp"
 #include "support/fake_running_apps.hpp"
+#include "support/log_capture.hpp"
 #include "support/sample_disk.hpp"
 #include "ui/browser_sheet.hpp"
 #include "ui/spinning_indicator.hpp"
@@ -43,37 +42,6 @@ private:
     bool m_started = false;
 };
 
-// The texts of the log lines written while it lives, each with whether the main thread wrote it.
-class ThreadedLog {
-public:
-    ThreadedLog()
-        : m_previous(setLogSink([this](std::string_view line) {
-              const std::size_t end = line.find("] ");
-              const std::lock_guard lock(m_mutex);
-              m_lines.emplace_back(line.substr(end == std::string_view::npos ? 0 : end + 2),
-                                   QThread::currentThread() == qApp->thread());
-          })) {}
-    ~ThreadedLog() { setLogSink(std::move(m_previous)); }
-    ThreadedLog(const ThreadedLog&) = delete;
-    ThreadedLog& operator=(const ThreadedLog&) = delete;
-
-    /// Whether the main thread wrote the line of that text; nothing while no such line was written.
-    [[nodiscard]] std::optional<bool> byMainThread(const std::string& text) const {
-        const std::lock_guard lock(m_mutex);
-        for (const auto& [line, main] : m_lines) {
-            if (line == text) {
-                return main;
-            }
-        }
-        return std::nullopt;
-    }
-
-private:
-    mutable std::mutex m_mutex;
-    std::vector<std::pair<std::string, bool>> m_lines;
-    LogSink m_previous;
-};
-
 const std::string kChromeCookies = "Library/Application Support/Google/Chrome/Default/Cookies";
 const std::string kFirefoxCookies =
     "Library/Application Support/Firefox/Profiles/k2x9w0aq.default-release/cookies.sqlite";
@@ -96,6 +64,14 @@ protected:
     [[nodiscard]] bool exists(const std::string& path) const { return std::filesystem::exists(disk.at(path)); }
     [[nodiscard]] BrowserSheet& sheet() const { return *view().browserSheet(); }
     void answerYes() { Alerts::answerNextAlert(kAlertFirstButton); }
+    // Clean, Yes, and wait for the removal and the fresh scan after it.
+    void cleanAndWait() {
+        answerYes();
+        bar().cleanButton()->click();
+        ASSERT_TRUE(view().clean().isBusy());
+        ASSERT_TRUE(QTest::qWaitFor([&] { return !view().clean().isBusy(); }, 10000));
+        waitForScan();
+    }
 };
 
 TEST_F(CleanTest, RunningBrowsersHoldTheCleanInTheSheetUntilRetryFindsThemGone) {
@@ -194,7 +170,8 @@ TEST_F(CleanTest, WithNoBrowserRunningYesCleansAfterTheIndicatorAndNoKeepsEveryt
     EXPECT_TRUE(exists(kChromeCookies)) << "the clean waits for the indicator to be seen";
     EXPECT_FALSE(bar().cleanButton()->isEnabled()) << "one clean at a time";
     EXPECT_FALSE(bar().refreshButton()->isEnabled());
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !exists(kChromeCookies); }, 10000));
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !view().clean().isBusy(); }, 10000));
+    EXPECT_FALSE(exists(kChromeCookies));
     EXPECT_FALSE(exists(kSystemCache));
     EXPECT_FALSE(exists(kFirefoxCookies));
     EXPECT_FALSE(view().scanDriver().scanningDone()) << "a fresh scan follows at once";
@@ -206,7 +183,7 @@ TEST_F(CleanTest, WithNoBrowserRunningYesCleansAfterTheIndicatorAndNoKeepsEveryt
 // logged, and a folder that is no longer the one granted (moved away, another made in its place) is not cleaned at
 // all.
 TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolderOnAWorker) {
-    const ThreadedLog log;
+    const LogCapture log;
     const std::string leftOutside = ": left as it was: it lies outside the folder Tidewell may clean";
     disk.file("Library/Caches/inside", 10).file("Library/Caches/unticked", 10).file("/outside", 10);
     const FileUrl inside{disk.at("Library/Caches/inside")};
@@ -217,21 +194,19 @@ TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolde
                                                                    itemNamed("Other", true, false, {unticked})});
                                 })},
                                 std::make_shared<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}})});
-    answerYes();
-    bar().cleanButton()->click();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return !exists("Library/Caches/inside"); }, 10000));
-    waitForScan();
+    cleanAndWait();
+    EXPECT_FALSE(exists("Library/Caches/inside"));
     EXPECT_TRUE(exists("/outside")) << "outside the home folder Tidewell was granted";
     EXPECT_TRUE(exists("Library/Caches/unticked"));
-    EXPECT_EQ(log.byMainThread(outside.path + leftOutside), false) << "logged by the removal, off the main thread";
+    const auto writer = log.writerOf(outside.path + leftOutside);
+    ASSERT_TRUE(writer);
+    EXPECT_NE(*writer, std::this_thread::get_id()) << "logged by the removal, off the main thread";
 
     std::filesystem::rename(disk.home(), disk.at("/Users/ann-moved"));
     disk.file("Library/Caches/inside", 10);
-    answerYes();
-    bar().cleanButton()->click();
-    EXPECT_TRUE(QTest::qWaitFor([&] { return log.byMainThread(inside.path + leftOutside).has_value(); }, 10000));
+    cleanAndWait();
+    EXPECT_TRUE(log.writerOf(inside.path + leftOutside));
     EXPECT_TRUE(exists("Library/Caches/inside")) << "not the granted folder";
-    waitForScan();
 }
 
 } // namespace
