@@ -15,7 +15,7 @@
 
 #include "cleaning/adult_words.hpp"
 #include "cleaning/history_purge.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 #include "support/disk_builder.hpp"
 #include "support/literal_purge.hpp"
 #include "support/sample_disk.hpp"

@@ -21,7 +21,7 @@
 #include "app/relative_date.hpp"
 #include "app/scheduled_purge_watch.hpp"
 #include "platform/crash_report.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 #include "version.hpp"
 
 namespace tidewell {

@@ -14,7 +14,7 @@
 
 #include "app/browser_panel_window.hpp"
 #include "app/settings.hpp"
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "catalogue/records.hpp"
 #include "platform/folder_grant.hpp"
 #include "platform/login_item.hpp"

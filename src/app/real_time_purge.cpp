@@ -1,7 +1,7 @@
 #include "app/real_time_purge.hpp"
 
-#include "cleaning/adult_history_section.hpp"
-#include "platform/log.hpp"
+#include "flows/purge_run.hpp"
+#include "base/log.hpp"
 
 namespace tidewell {
 

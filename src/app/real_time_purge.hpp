@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/cleaning_engine.hpp"
 #include "platform/folder_grant.hpp"

@@ -1,6 +1,6 @@
 #include "catalogue/items.hpp"
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
 
 namespace tidewell {
 

@@ -9,7 +9,7 @@
 #include <variant>
 #include <vector>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 
 namespace tidewell {
 

@@ -4,7 +4,7 @@
 #include <set>
 #include <string>
 
-#include "platform/log.hpp"
+#include "base/log.hpp"
 
 namespace tidewell {
 

@@ -4,7 +4,7 @@
 #include <functional>
 #include <string_view>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "catalogue/records.hpp"
 #include "platform/running_apps.hpp"
 

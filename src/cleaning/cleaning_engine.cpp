@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/log.hpp"
+#include "base/log.hpp"
 
 namespace tidewell {
 

@@ -7,7 +7,7 @@
 #include <thread>
 #include <vector>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "catalogue/records.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/clean_outcome.hpp"

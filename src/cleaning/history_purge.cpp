@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "cleaning/held_database.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 
 namespace tidewell {
 

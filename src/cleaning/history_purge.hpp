@@ -2,7 +2,7 @@
 
 #include <chrono>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/clean_outcome.hpp"
 #include "cleaning/safe_remove.hpp"

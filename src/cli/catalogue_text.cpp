@@ -5,7 +5,7 @@
 
 #include <ostream>
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
 
 namespace tidewell::cli {
 

@@ -3,7 +3,7 @@
 
 #include <ostream>
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
 #include "catalogue/record_json.hpp"
 #include "cli/command.hpp"
 #include "inventory/privacy_scan.hpp"

@@ -4,8 +4,8 @@
 #include <cstring>
 #include <expected>
 
-#include "catalogue/folders.hpp"
-#include "cleaning/adult_history_section.hpp"
+#include "base/folders.hpp"
+#include "flows/purge_run.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/cleaning_engine.hpp"
 #include "cli/command.hpp"

@@ -6,10 +6,10 @@
 #include <array>
 #include <vector>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "inventory/extension_metadata.hpp"
-#include "sources/browser_profiles.hpp"
-#include "sources/tables.hpp"
+#include "layout/browser_profiles.hpp"
+#include "layout/tables.hpp"
 
 namespace tidewell {
 

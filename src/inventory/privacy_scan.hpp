@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
 

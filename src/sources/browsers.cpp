@@ -1,5 +1,5 @@
 #include "catalogue/items.hpp"
-#include "sources/browser_profiles.hpp"
+#include "layout/browser_profiles.hpp"
 #include "sources/builders.hpp"
 #include "sources/section_recipe.hpp"
 

@@ -1,7 +1,7 @@
 #include "sources/builders.hpp"
 
-#include "cleaning/adult_history_section.hpp"
-#include "inventory/extensions_section.hpp"
+#include "sources/adult_history_section.hpp"
+#include "sources/extensions_section.hpp"
 
 namespace tidewell {
 

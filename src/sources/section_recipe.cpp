@@ -1,6 +1,6 @@
 #include "sources/section_recipe.hpp"
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
 #include "catalogue/items.hpp"
 
 namespace tidewell {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "catalogue/scan_driver.hpp"
-#include "sources/tables.hpp"
+#include "layout/tables.hpp"
 
 namespace tidewell {
 

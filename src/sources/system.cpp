@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cctype>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "catalogue/items.hpp"
 #include "sources/builders.hpp"
 #include "sources/section_recipe.hpp"

@@ -18,7 +18,7 @@
 #include "app/notification_centre.hpp"
 #include "catalogue/ticks.hpp"
 #include "cleaning/cleaning_engine.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 #include "sources/builders.hpp"
 #include "ui/adult_history_info_view.hpp"
 #include "ui/icons.hpp"

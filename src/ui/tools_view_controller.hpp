@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "app/app_delegate.hpp"
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "catalogue/scan_driver.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/browser_check.hpp"

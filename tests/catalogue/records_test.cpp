@@ -2,7 +2,7 @@
 
 #include <cstdlib>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "catalogue/items.hpp"
 #include "catalogue/record_json.hpp"
 #include "catalogue/records.hpp"

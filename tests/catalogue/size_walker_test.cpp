@@ -7,8 +7,8 @@
 
 #include <random>
 
-#include "catalogue/byte_count.hpp"
-#include "catalogue/folders.hpp"
+#include "base/byte_count.hpp"
+#include "base/folders.hpp"
 #include "catalogue/items.hpp"
 #include "catalogue/size_walker.hpp"
 #include "support/catalogue_helpers.hpp"

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "cleaning/adult_history_section.hpp"
+#include "flows/purge_run.hpp"
+#include "sources/adult_history_section.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"

@@ -18,7 +18,7 @@
 #include "cleaning/safe_remove.hpp"
 #include "cli/cli.hpp"
 #include "cli/scan_session.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 #include "sources/builders.hpp"
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"

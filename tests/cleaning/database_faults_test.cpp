@@ -15,7 +15,7 @@
 #include <thread>
 
 #include "cleaning/history_purge.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"
 #include "support/literal_purge.hpp"

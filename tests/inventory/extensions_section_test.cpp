@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "catalogue/record_json.hpp"
-#include "inventory/extensions_section.hpp"
+#include "sources/extensions_section.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
 

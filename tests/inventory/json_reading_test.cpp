@@ -3,7 +3,7 @@
 #include <random>
 
 #include "inventory/privacy_scan.hpp"
-#include "sources/chrome_local_state.hpp"
+#include "layout/chrome_local_state.hpp"
 #include "support/disk_builder.hpp"
 #include "support/hostile_inputs.hpp"
 

@@ -5,7 +5,7 @@
 #include <map>
 #include <nlohmann/json.hpp>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "inventory/privacy_scan.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"

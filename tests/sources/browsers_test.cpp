@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
-#include "catalogue/byte_count.hpp"
-#include "catalogue/folders.hpp"
+#include "base/byte_count.hpp"
+#include "base/folders.hpp"
 #include "sources/builders.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"

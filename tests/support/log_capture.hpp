@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/log.hpp"
+#include "base/log.hpp"
 
 namespace tidewell::testing {
 

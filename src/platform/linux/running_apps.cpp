@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 namespace tidewell {
 

@@ -1,4 +1,4 @@
-#include "catalogue/main_thread.hpp"
+#include "base/main_thread.hpp"
 
 #include <memory>
 

@@ -1,4 +1,4 @@
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
 
 #include <fmt/format.h>
 

@@ -1,7 +1,7 @@
-#include "sources/browser_profiles.hpp"
+#include "layout/browser_profiles.hpp"
 
-#include "catalogue/folders.hpp"
-#include "sources/tables.hpp"
+#include "base/folders.hpp"
+#include "layout/tables.hpp"
 
 namespace tidewell {
 

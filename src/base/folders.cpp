@@ -1,4 +1,4 @@
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 #include <dirent.h>
 #include <fcntl.h>

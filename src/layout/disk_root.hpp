@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 
 namespace tidewell {
 

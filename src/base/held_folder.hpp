@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 namespace tidewell {
 

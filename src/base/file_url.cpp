@@ -1,4 +1,4 @@
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 
 namespace tidewell {
 

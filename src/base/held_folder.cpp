@@ -1,4 +1,4 @@
-#include "catalogue/held_folder.hpp"
+#include "base/held_folder.hpp"
 
 #include <fcntl.h>
 #include <sys/stat.h>

@@ -1,12 +1,12 @@
-#include "inventory/extensions_section.hpp"
+#include "sources/extensions_section.hpp"
 
 #include <fmt/format.h>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "catalogue/items.hpp"
 #include "inventory/privacy_scan.hpp"
-#include "sources/browser_profiles.hpp"
-#include "sources/tables.hpp"
+#include "layout/browser_profiles.hpp"
+#include "layout/tables.hpp"
 
 namespace tidewell {
 

@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/disk_root.hpp"
-#include "sources/chrome_local_state.hpp"
+#include "layout/disk_root.hpp"
+#include "layout/chrome_local_state.hpp"
 
 namespace tidewell {
 

@@ -1,6 +1,6 @@
-#include "catalogue/json_reading.hpp"
+#include "base/json_reading.hpp"
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 namespace tidewell {
 

@@ -1,4 +1,4 @@
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 
 #include <pwd.h>
 #include <sys/stat.h>

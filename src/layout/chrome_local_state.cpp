@@ -1,9 +1,9 @@
-#include "sources/chrome_local_state.hpp"
+#include "layout/chrome_local_state.hpp"
 
 #include <unordered_map>
 
-#include "catalogue/file_url.hpp"
-#include "catalogue/json_reading.hpp"
+#include "base/file_url.hpp"
+#include "base/json_reading.hpp"
 
 namespace tidewell {
 

@@ -1,4 +1,4 @@
-#include "platform/log.hpp"
+#include "base/log.hpp"
 
 #include <fmt/format.h>
 #include <sys/syscall.h>

@@ -1,11 +1,10 @@
-#include "cleaning/adult_history_section.hpp"
+#include "sources/adult_history_section.hpp"
 
 #include <array>
 #include <string_view>
 
-#include "platform/log.hpp"
-#include "sources/browser_profiles.hpp"
-#include "sources/tables.hpp"
+#include "layout/browser_profiles.hpp"
+#include "layout/tables.hpp"
 
 namespace tidewell {
 
@@ -42,21 +41,6 @@ RecordPtr makeAdultHistorySection(const DiskRoot& disk) {
 
 BuilderOutcome addAdultContent(ScanEnv& env) {
     return BuilderOutcome{makeAdultHistorySection(env.disk), 0, true};
-}
-
-bool addAdultContents(const DiskRoot& disk, const RunningApplications& running, CleaningEngine& engine,
-                      const std::function<AdultWords()>& loadWords) {
-    engine.setAdultWords(loadWords());
-    const std::set<std::string> names = running.launchedApplicationNames();
-    for (const std::string_view browser : {"Safari", "Google Chrome", "Firefox"}) {
-        if (names.contains(std::string(browser))) {
-            logLine("App Opens");
-            return false;
-        }
-    }
-    logLine("Data Collection");
-    engine.cleanSelected(RecordList{makeAdultHistorySection(disk)});
-    return true;
 }
 
 } // namespace tidewell
