@@ -30,6 +30,9 @@ struct FileUrl {
     friend bool operator==(const FileUrl&, const FileUrl&) = default;
 };
 
+/// Locations in order: an item's list, a folder's entries.
+using UrlList = std::vector<FileUrl>;
+
 /// Percent-encodes a path for a file URL (the path part of FileUrl::text()).
 [[nodiscard]] std::string percentEncodePath(std::string_view path);
 

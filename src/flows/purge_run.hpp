@@ -9,12 +9,12 @@
 
 namespace tidewell {
 
-/// One run of the hourly purge. Loads the word list afresh into the engine, then reads the running applications:
-/// while "Safari", "Google Chrome" or "Firefox" runs it logs "App Opens" and does nothing else. Otherwise it logs
-/// "Data Collection" and hands a one-section catalogue, the Adult History section with every item ticked, to the
-/// engine. engine: a RealTime engine, whose tasks may still run when this returns (the caller joins them or lets
-/// the engine own them). Returns whether it purged.
-bool addAdultContents(const DiskRoot& disk, const RunningApplications& running, CleaningEngine& engine,
-                      const std::function<AdultWords()>& loadWords = loadAdultWords);
+/// One run of the hourly purge of adult-site history. Loads the word list afresh into the engine, then looks at the
+/// running programs: while a browser of the layout runs (on a macOS disk Safari, Google Chrome or Firefox) it logs
+/// "App Opens" and does nothing else. Otherwise it logs "Data Collection" and hands a one-section catalogue, the
+/// Adult History section with every item ticked, to the engine. engine: a RealTime engine, whose tasks may still
+/// run when this returns (the caller joins them or lets the engine own them). Returns whether it purged.
+bool runHourlyPurge(const DiskRoot& disk, const RunningApplications& running, CleaningEngine& engine,
+                    const std::function<AdultWords()>& loadWords = loadAdultWords);
 
 } // namespace tidewell

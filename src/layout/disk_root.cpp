@@ -9,7 +9,8 @@
 
 namespace tidewell {
 
-std::expected<DiskRoot, std::string> DiskRoot::make(std::string_view rootDir, std::string_view loginName) {
+std::expected<DiskRoot, std::string> DiskRoot::make(std::string_view rootDir, std::string_view loginName,
+                                                    const DiskLayout& layout) {
     if (rootDir.empty()) {
         return std::unexpected("the disk root is empty");
     }
@@ -36,7 +37,7 @@ std::expected<DiskRoot, std::string> DiskRoot::make(std::string_view rootDir, st
     while (!prefix.empty() && prefix.back() == '/') {
         prefix.pop_back();
     }
-    return DiskRoot(std::move(prefix), std::string(loginName));
+    return DiskRoot(std::move(prefix), std::string(loginName), layout);
 }
 
 std::string DiskRoot::processLoginName() {
@@ -60,7 +61,7 @@ std::string DiskRoot::resolve(std::string_view absolutePath) const {
 }
 
 std::string DiskRoot::homePath() const {
-    return resolve("/Users/" + m_login);
+    return resolve(joinPath(m_layout->homes, m_login));
 }
 
 std::expected<void, DiskRoot::HomeProblem> DiskRoot::checkHome() const {

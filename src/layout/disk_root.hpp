@@ -5,18 +5,21 @@
 #include <string_view>
 
 #include "base/file_url.hpp"
+#include "layout/disk_layout.hpp"
 
 namespace tidewell {
 
-/// The disk Tidewell looks at: a folder laid out like a macOS disk ("/" by default) and the login name whose
-/// home folder is <root>/Users/<login name>. Every fixed "/..." path of the catalogue is resolved under the root.
+/// The disk Tidewell looks at: a folder ("/" by default), the layout it follows, and the login name whose home
+/// folder the layout places (<root>/Users/<login name> on a macOS disk). Every fixed "/..." path of the catalogue
+/// is resolved under the root.
 class DiskRoot {
 public:
     /// Checks and normalises a root folder and a login name. The root is made absolute against the current
     /// folder and its links are resolved (the catalogue names real locations); it must name an existing folder.
     /// The login name must be a single path component (no "/", not "." or "..", not empty), so the home folder
-    /// can never lie outside <root>/Users.
-    static std::expected<DiskRoot, std::string> make(std::string_view rootDir, std::string_view loginName);
+    /// can never lie outside the layout's folder of homes.
+    static std::expected<DiskRoot, std::string> make(std::string_view rootDir, std::string_view loginName,
+                                                     const DiskLayout& layout = macosLayout());
 
     /// The login name of the process owner, from the user database (never $HOME or $USER).
     static std::string processLoginName();
@@ -24,6 +27,7 @@ public:
     /// The root without a trailing slash: "" for "/", "/tmp/disk" for "/tmp/disk/".
     [[nodiscard]] const std::string& rootPrefix() const { return m_root; }
     [[nodiscard]] const std::string& loginName() const { return m_login; }
+    [[nodiscard]] const DiskLayout& layout() const { return *m_layout; }
 
     /// A fixed absolute path of the layout, under the root: "/Applications/Safari.app" on the root "/tmp/d" is
     /// "/tmp/d/Applications/Safari.app".
@@ -39,7 +43,8 @@ public:
     };
     [[nodiscard]] std::expected<void, HomeProblem> checkHome() const;
 
-    /// <root>/Users/<login name>, as a path and as a file URL (the user's real home, never a container).
+    /// The home folder the layout places, <root>/Users/<login name> on a macOS disk, as a path and as a file URL
+    /// (the user's real home, never a container).
     [[nodiscard]] std::string homePath() const;
     [[nodiscard]] FileUrl homeUrl() const { return FileUrl{homePath()}; }
     /// A location relative to the home folder.
@@ -50,10 +55,12 @@ public:
     [[nodiscard]] bool exists(std::string_view absolutePath) const;
 
 private:
-    DiskRoot(std::string root, std::string login) : m_root(std::move(root)), m_login(std::move(login)) {}
+    DiskRoot(std::string root, std::string login, const DiskLayout& layout)
+        : m_root(std::move(root)), m_login(std::move(login)), m_layout(&layout) {}
 
     std::string m_root;
     std::string m_login;
+    const DiskLayout* m_layout;
 };
 
 } // namespace tidewell

@@ -3,158 +3,70 @@
 #include <string_view>
 #include <vector>
 
-namespace tidewell::tables {
+namespace tidewell {
 
-/// Where a location of a path table is rooted.
-enum class Base {
-    Home,           // the home folder
-    SafariFolder,   // home + "Library/Safari"
-    ChromeProfile,  // home + "Library/Application Support/Google/Chrome" + profile folder
-    FirefoxProfile, // the chosen Firefox profile folder
-    MailLibrary,    // home + "Library/Containers/com.apple.mail/Data/Library"
+struct Browser;
+
+/// The folder a location of a table is written relative to.
+enum class Anchor {
+    Root,         // the disk root: "/Applications"
+    Home,         // the home folder
+    DataFolder,   // the source's own folder: a browser's data folder, or the folder its table names
+    Profile,      // the profile folder the item is made for
+    CacheFolder,  // the browser's cache folder
+    ProfileCache, // the profile's own folder in the browser's cache folder
 };
 
+/// What a location of a table stands for in an item's list.
+enum class Expansion {
+    Itself,           // the location
+    Entries,          // each entry of the folder, in the order the file system lists them
+    EntriesInEach,    // each entry of `inner` inside each entry of the folder (".DS_Store" passed over)
+    EntriesNamedLike, // each entry of the folder whose name holds `inner`, the case of ASCII letters aside
+};
+
+/// One location of a table. An empty path names the anchor's folder itself.
 struct Location {
-    Base base;
+    Anchor anchor;
     std::string_view path;
+    Expansion expansion = Expansion::Itself;
+    std::string_view inner = {};
+    /// The folders whose entries make the list are taken at the path that their file URL's text names when read
+    /// back as a path: relative ("file:/Users/..."), so below the current folder. It names no folder of the disk,
+    /// and such a list is empty: what the macOS System section's container and trash items have always shown.
+    bool listedThroughUrlText = false;
 };
 
-struct ItemSpec {
-    std::string_view name; // Chrome's names hold "%@" for the profile's display name
+/// One item of a source's table: its name and its locations, in order.
+struct ItemRow {
+    /// The item's "NameText"; in a browser with profiles "%@" stands for the profile's display name.
+    std::string_view name;
     std::vector<Location> locations;
-    bool handMade = false; // built without the item factory (Safari's "Bookmarks")
+    /// Whether the item starts ticked.
+    bool ticked = true;
+    /// Made without the item factory, with a placeholder size (Safari's "Bookmarks").
+    bool handMade = false;
 };
 
-struct SourceSpec {
-    std::string_view title; // the section's "Name"
-    std::string_view app;   // the application whose presence is tested and whose icon is shown
-    std::vector<ItemSpec> items;
+/// The path table of one section of the scan: a browser's (its name, application and folders are the browser's)
+/// or another source's.
+struct SourceTable {
+    /// The browser the section cleans, or null.
+    const Browser* browser = nullptr;
+    /// For a source that is not a browser: the section's "Name", the application whose presence adds the section
+    /// (its path is the section's "Img"), the window's image for it, and the source's own folder (relative to the
+    /// home) that DataFolder names.
+    std::string_view name = {};
+    std::string_view application = {};
+    std::string_view icon = {};
+    std::string_view folder = {};
+    /// The section is there whether or not its application is.
+    bool alwaysShown = false;
+    /// The items, once for each profile of the browser (once for a source without profiles).
+    std::vector<ItemRow> items;
+    /// Items after those, once each: their profile locations are taken for every profile, in profile order, and
+    /// then their other locations.
+    std::vector<ItemRow> gathered = {};
 };
 
-// ---------------------------------------------------------------------------------------------------------------
-// The paths below mirror where each program keeps its traces on a macOS disk.
-
-inline const SourceSpec kSafari{
-    "Safari",
-    "/Applications/Safari.app",
-    {
-        {"Cookies",
-         {{Base::Home, "Library/Cookies/com.apple.Safari.SafeBrowsing.binarycookies"},
-          {Base::Home, "Library/Cookies/Cookies.binarycookies"}}},
-        {"Browser Caches", {{Base::Home, "Library/Caches/com.apple.Safari"}}},
-        {"History",
-         {{Base::SafariFolder, "History.db"},
-          {Base::SafariFolder, "HistoryIndex.sk"},
-          {Base::SafariFolder, "History.db-wal"}}},
-        {"Bookmarks", {{Base::SafariFolder, "Bookmarks.plist"}}, true},
-        {"Downloads", {{Base::SafariFolder, "Downloads.plist"}}},
-        {"LastSession", {{Base::SafariFolder, "LastSession.plist"}}},
-        {"User preferences", {{Base::SafariFolder, "Configurations.plist.signed"}}},
-        {"Favicons", {{Base::SafariFolder, "Touch Icons"}, {Base::SafariFolder, "WebpageIcons"}}},
-        {"TopSites", {{Base::SafariFolder, "TopSites.plist"}}},
-        {"Local Storage", {{Base::SafariFolder, "LocalStorage"}, {Base::SafariFolder, "Databases"}}},
-        {"Reading List", {{Base::SafariFolder, "ReadingListArchives"}}},
-        {"Form", {{Base::SafariFolder, "Form Values"}}},
-        {"Recent Search", {{Base::SafariFolder, "SearchDescriptions.plist"}}},
-        {"WebFeeds", {{Base::SafariFolder, "WebFeedSources.plist"}}},
-    }};
-
-inline constexpr std::string_view kChromeApp = "/Applications/Google Chrome.app";
-inline constexpr std::string_view kChromeFolder = "Library/Application Support/Google/Chrome";
-inline constexpr std::string_view kChromeCaches = "Library/Caches/Google/Chrome";
-
-/// Nine items per Chrome profile. "Pepper Data" is listed twice in "Local Storage (%@)" and so is measured twice.
-inline const std::vector<ItemSpec> kChromeProfileItems{
-    {"Cookies (%@)", {{Base::ChromeProfile, "Cookies"}, {Base::ChromeProfile, "Cookies-journal"}}},
-    {"Visited Links (%@)", {{Base::ChromeProfile, "Visited Links"}}},
-    {"History (%@)",
-     {{Base::ChromeProfile, "History-journal"},
-      {Base::ChromeProfile, "History"},
-      {Base::ChromeProfile, "History Provider Cache"}}},
-    {"Login Data (%@)", {{Base::ChromeProfile, "Login Data"}, {Base::ChromeProfile, "Login Data-journal"}}},
-    {"LastSession (%@)",
-     {{Base::ChromeProfile, "Session Storage"},
-      {Base::ChromeProfile, "Last Session"},
-      {Base::ChromeProfile, "Last Tabs"}}},
-    {"User preferences (%@)", {{Base::ChromeProfile, "Preferences"}}},
-    {"Favicons (%@)", {{Base::ChromeProfile, "Favicons"}, {Base::ChromeProfile, "Favicons-journal"}}},
-    {"Top Sites (%@)", {{Base::ChromeProfile, "Top Sites"}, {Base::ChromeProfile, "Top Sites-journal"}}},
-    {"Local Storage (%@)",
-     {{Base::ChromeProfile, "databases"},
-      {Base::ChromeProfile, "File System"},
-      {Base::ChromeProfile, "IndexedDB"},
-      {Base::ChromeProfile, "Local Storage"},
-      {Base::ChromeProfile, "Pepper Data"},
-      {Base::ChromeProfile, "Storage"},
-      {Base::ChromeProfile, "Pepper Data"},
-      {Base::ChromeProfile, "Web Data"},
-      {Base::ChromeProfile, "Web Data-journal"}}},
-};
-
-/// The caches item: these two folders of every profile, then the shared cache folder.
-inline const std::vector<std::string_view> kChromeProfileCaches{"Application Cache", "GPUCache"};
-
-inline constexpr std::string_view kFirefoxApp = "/Applications/Firefox.app";
-inline constexpr std::string_view kFirefoxProfiles = "Library/Application Support/Firefox/Profiles";
-
-inline const std::vector<ItemSpec> kFirefoxItems{
-    {"Cookies",
-     {{Base::FirefoxProfile, "cookies.sqlite"},
-      {Base::FirefoxProfile, "webappsstore.sqlite"},
-      {Base::FirefoxProfile, "chromeappsstore.sqlite"}}},
-    {"Browser Caches",
-     {{Base::Home, "Library/Caches/Mozilla/updates/Applications/Firefox"}, {Base::Home, "Library/Caches/Firefox"}}},
-    {"Login Data", {{Base::FirefoxProfile, "logins.json"}, {Base::FirefoxProfile, "key3.db"}}},
-    {"LastSession",
-     {{Base::FirefoxProfile, "sessionstore-backups"},
-      {Base::FirefoxProfile, "sessionCheckpoints.json"},
-      {Base::FirefoxProfile, "sessionstore.bak"}}},
-    {"User preferences",
-     {{Base::FirefoxProfile, "user.js"}, {Base::FirefoxProfile, "xulstore.json"}, {Base::FirefoxProfile, "prefs.js"}}},
-    {"Local Storage",
-     {{Base::FirefoxProfile, "formhistory.sqlite"},
-      {Base::FirefoxProfile, "persdict.dat"},
-      {Base::FirefoxProfile, "search.sqlite"},
-      {Base::FirefoxProfile, "permissions.sqlite"},
-      {Base::FirefoxProfile, "content-prefs.sqlite"},
-      {Base::FirefoxProfile, "cert8.db"},
-      {Base::FirefoxProfile, "secmod.db"},
-      {Base::FirefoxProfile, "searchplugins"},
-      {Base::FirefoxProfile, "mimeTypes.rdf"}}},
-    {"Crash Reports", {{Base::Home, "Library/Application Support/Firefox/Crash Reports"}}},
-};
-
-inline const SourceSpec kMail{"Mail",
-                              "/Applications/Mail.app",
-                              {
-                                  {"Mail Download", {{Base::MailLibrary, "Mail Downloads"}}},
-                                  {"Mail Cache Files",
-                                   {{Base::MailLibrary, "Caches"},
-                                    {Base::MailLibrary, "Logs"},
-                                    {Base::MailLibrary, "WebKit"},
-                                    {Base::MailLibrary, "Saved Application State"}}},
-                              }};
-
-inline const SourceSpec kFlash{"Flash",
-                               "/Applications/Utilities/Adobe Flash Player Install Manager.app",
-                               {
-                                   {"Flash Cookies",
-                                    {{Base::Home, "Library/Preferences/Macromedia/Flash Player"},
-                                     {Base::Home, "Library/Caches/Adobe/Flash Player"}}},
-                               }};
-
-inline constexpr std::string_view kMailLibrary = "Library/Containers/com.apple.mail/Data/Library";
-inline constexpr std::string_view kSafariFolder = "Library/Safari";
-inline constexpr std::string_view kSafariApp = "/Applications/Safari.app";
-
-inline constexpr std::string_view kFinderApp = "/System/Library/CoreServices/Finder.app";
-inline constexpr std::string_view kSystemCaches = "Library/Caches";
-inline constexpr std::string_view kSystemLogs = "Library/Logs";
-inline constexpr std::string_view kContainers = "Library/Containers";
-inline constexpr std::string_view kContainerCaches = "/Data/Library/Caches";
-inline constexpr std::string_view kContainerLogs = "/Data/Library/Logs";
-inline constexpr std::string_view kPreferences = "Library/Preferences";
-inline constexpr std::string_view kQuarantineMarker = "com.apple.LaunchServices.QuarantineEventsV";
-inline constexpr std::string_view kTrash = ".Trash";
-
-} // namespace tidewell::tables
+} // namespace tidewell

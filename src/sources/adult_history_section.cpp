@@ -1,46 +1,41 @@
 #include "sources/adult_history_section.hpp"
 
-#include <array>
-#include <string_view>
-
-#include "layout/browser_profiles.hpp"
-#include "layout/tables.hpp"
+#include "catalogue/record_keys.hpp"
+#include "layout/locations.hpp"
 
 namespace tidewell {
 
-namespace {
-
-RecordPtr adultItem(std::string name, FileUrl database) {
-    return makeRecord({{"NameText", std::move(name)}, {"isChecked", true}, {"isEnabled", true}, {"Path", database}});
-}
-
-} // namespace
-
-RecordPtr makeAdultHistorySection(const DiskRoot& disk) {
+RecordPtr adultHistorySection(const DiskRoot& disk) {
     RecordList items;
-    if (disk.exists(tables::kChromeApp)) {
-        items.push_back(
-            adultItem("Google Chrome Adult History", disk.inHome(tables::kChromeFolder).appending("Default/History")));
-    }
-    if (disk.exists(tables::kSafari.app)) {
-        items.push_back(adultItem("Safari Adult History", disk.inHome(tables::kSafariFolder).appending("History.db")));
-    }
-    if (disk.exists(tables::kFirefoxApp)) {
-        if (const std::optional<std::string> profile = chooseFirefoxProfile(disk)) {
-            items.push_back(
-                adultItem("Firefox Adult History",
-                          disk.inHome(tables::kFirefoxProfiles).appending(*profile).appending("places.sqlite")));
+    for (const Browser* browser : disk.layout().adultHistory) {
+        if (!isInstalled(disk, *browser)) {
+            continue;
         }
+        AnchorFolders anchors = anchorsOf(disk, *browser);
+        std::optional<std::vector<BrowserProfile>> profiles;
+        if (browser->historyDatabase.anchor == Anchor::Profile) {
+            profiles = profilesOf(disk, *browser);
+            if (!profiles || profiles->empty()) {
+                continue;
+            }
+            anchors.profile = &profiles->front();
+        }
+        items.push_back(makeRecord({{keys::kItemName, std::string(browser->adultHistoryName)},
+                                    {keys::kTick, true},
+                                    {keys::kEnabled, true},
+                                    {keys::kHistoryDatabase, locationOf(browser->historyDatabase, anchors)}},
+                                   {RecordKind::HistoryItem, browser}));
     }
-    return makeRecord({{"Name", std::string("Adult History")},
-                       {"Img", std::string("adult")},
-                       {"List", std::move(items)},
-                       {"isChecked", true},
-                       {"isEnabled", true}});
+    return makeRecord({{keys::kName, std::string("Adult History")},
+                       {keys::kImage, std::string("adult")},
+                       {keys::kItems, std::move(items)},
+                       {keys::kTick, true},
+                       {keys::kEnabled, true}},
+                      {RecordKind::AdultHistorySection, nullptr, "adult", "All Adult Browser history"});
 }
 
-BuilderOutcome addAdultContent(ScanEnv& env) {
-    return BuilderOutcome{makeAdultHistorySection(env.disk), 0, true};
+BuilderOutcome buildAdultHistorySection(ScanEnv& env) {
+    return BuilderOutcome{adultHistorySection(env.disk), 0, true};
 }
 
 } // namespace tidewell

@@ -16,9 +16,10 @@
 #include "app/alerts.hpp"
 #include "app/app_delegate.hpp"
 #include "app/notification_centre.hpp"
-#include "catalogue/ticks.hpp"
-#include "cleaning/cleaning_engine.hpp"
 #include "base/log.hpp"
+#include "catalogue/ticks.hpp"
+#include "cleaning/browser_check.hpp"
+#include "cleaning/cleaning_engine.hpp"
 #include "sources/builders.hpp"
 #include "ui/adult_history_info_view.hpp"
 #include "ui/icons.hpp"
@@ -111,7 +112,8 @@ ToolsViewController::ToolsViewController(AppDelegate* appDel, DiskRoot disk, Too
         m_running = systemRunningApplications();
     }
     m_driver = std::make_unique<ScanDriver>(m_disk, m_mainThread, *this,
-                                            options.builders ? std::move(*options.builders) : standardBuilders());
+                                            options.builders ? std::move(*options.builders)
+                                                             : sectionBuilders(m_disk.layout()));
 
     m_tableArea = new QWidget(this);
     m_tableArea->setObjectName(QStringLiteral("tableArea"));
@@ -268,7 +270,7 @@ void ToolsViewController::scanFinished() {
 
 void ToolsViewController::reloadTableAndUI() {
     m_itemTable->reloadData();
-    m_removeButton->setEnabled(removeButtonEnabled(availbleApp()));
+    m_removeButton->setEnabled(anythingToClean(availbleApp()));
 }
 
 // --- Tables ---
@@ -404,7 +406,7 @@ void ToolsViewController::checkBoxAction(TickBox& sender) {
     if (row < 0) {
         return;
     }
-    sender.setTick(tidewell::checkBoxAction(availbleApp(), static_cast<std::size_t>(row), sender.tick()));
+    sender.setTick(tickSection(availbleApp(), static_cast<std::size_t>(row), sender.tick()));
     reloadTableAndUI();
 }
 
@@ -437,7 +439,7 @@ void ToolsViewController::selectionCheckBoxAction(TickBox& sender) {
         return;
     }
     Tick state = sender.tick();
-    const bool reload = tidewell::selectionCheckBoxAction(*m_toolsSelectedDic, sender.toolTip().toStdString(), state);
+    const bool reload = tickItemNamed(Section(m_toolsSelectedDic), sender.toolTip().toStdString(), state);
     sender.setTick(state);
     if (reload) {
         m_selectionView->table()->reloadData();
@@ -448,7 +450,7 @@ void ToolsViewController::doneActionFromselectionView() {
     m_selectionView->hide();
     setMinimumHeight(0);
     if (m_toolsSelectedDic) {
-        tidewell::doneActionFromselectionView(*m_toolsSelectedDic);
+        settleSectionTick(Section(m_toolsSelectedDic));
     }
     reloadTableAndUI();
 }
@@ -474,32 +476,21 @@ void ToolsViewController::RedirectToThornsweepPath() {
 
 // --- Cleaning ---
 
-BrowserPanel ToolsViewController::browserPanel() {
-    return BrowserPanel{
-        .confirm =
-            [this] {
-                return Alerts::createAlertForInformativeText(
-                           QStringLiteral("Are you sure you want to erase selected privacy data?"),
-                           QStringLiteral("Confirm"), window()) == kAlertFirstButtonReturn;
-            },
-        .displayPanel =
-            [this](const RecordList& entries) {
-                if (m_appDel) {
-                    m_appDel->displayPanel(entries);
-                }
-            },
-        .reloadPanel =
-            [this](const RecordList& entries) {
-                if (m_appDel) {
-                    m_appDel->reloadPanel(entries);
-                }
-            },
-    };
+bool ToolsViewController::confirmClean() {
+    return Alerts::createAlertForInformativeText(
+               QStringLiteral("Are you sure you want to erase selected privacy data?"), QStringLiteral("Confirm"),
+               window()) == kAlertFirstButtonReturn;
 }
 
 void ToolsViewController::cleanAndReloadData() {
-    const RecordList sections = tickedSections(availbleApp().snapshot());
-    if (!forceQuitBrowsers(&sections, m_disk, *m_running, browserPanel())) {
+    if (!confirmClean()) {
+        return;
+    }
+    if (const RecordList inTheWay = browsersInTheWay(tickedSections(availbleApp().snapshot()), m_disk, *m_running);
+        !inTheWay.empty()) {
+        if (m_appDel) {
+            m_appDel->displayPanel(inTheWay);
+        }
         return;
     }
     m_scannignIndicator->startAnimation();
@@ -511,8 +502,12 @@ void ToolsViewController::cleanAndReloadData() {
 }
 
 void ToolsViewController::refreshBrowser() {
-    const RecordList sections = tickedSections(availbleApp().snapshot());
-    if (!tryAgain(&sections, m_disk, *m_running, browserPanel())) {
+    if (const RecordList stillInTheWay =
+            browsersStillInTheWay(tickedSections(availbleApp().snapshot()), m_disk, *m_running);
+        !stillInTheWay.empty()) {
+        if (m_appDel) {
+            m_appDel->reloadPanel(stillInTheWay);
+        }
         return;
     }
     cleanSelected();
@@ -535,7 +530,7 @@ void ToolsViewController::cleanSelected() {
     CleaningEngine engine(CleanMode::Interactive, granted ? boundaryOfGrant(*granted, m_disk) : DeletionBoundary(),
                           m_adultWords);
     engine.setLeftReporter([](const LeftAsItWas& left) { logLine(describe(left)); });
-    engine.cleanSelected(availbleApp().snapshot());
+    engine.cleanTicked(availbleApp().snapshot());
 }
 
 // --- Bottom bar ---

@@ -8,10 +8,9 @@
 #include <vector>
 
 #include "app/app_delegate.hpp"
-#include "layout/disk_root.hpp"
 #include "catalogue/scan_driver.hpp"
 #include "cleaning/adult_words.hpp"
-#include "cleaning/browser_check.hpp"
+#include "layout/disk_root.hpp"
 #include "platform/running_apps.hpp"
 #include "ui/qt_main_thread.hpp"
 #include "ui/widgets.hpp"
@@ -32,7 +31,7 @@ class ToolsSelectionCell;
 
 /// What a ToolsViewController is made with besides its delegate and disk.
 struct ToolsViewOptions {
-    /// The section builders, in order; none given: the nine of standardBuilders().
+    /// The section builders, in order; none given: those of the disk's layout (sectionBuilders).
     std::optional<std::vector<SectionBuilder>> builders;
     /// Which applications run, for the browser check before a clean; none given: this machine's processes.
     std::shared_ptr<const RunningApplications> running;
@@ -43,8 +42,8 @@ struct ToolsViewOptions {
 /// (SelectionView, whose table is tag 2) for one section, runs the Clean and Retry paths, and holds the settings
 /// check boxes, the help button, the spinning indicator (`scannignIndicator`), Refresh and Clean (`removeButton`).
 ///
-/// It keeps no tick logic of its own: ticking calls the catalogue's operations (checkBoxAction,
-/// selectionCheckBoxAction, doneActionFromselectionView, removeButtonEnabled) and cleaning the cleaning engine's.
+/// It keeps no tick logic of its own: ticking calls the catalogue's operations (tickSection, tickItemNamed,
+/// settleSectionTick, anythingToClean) and cleaning the cleaning engine's.
 /// The scan runs on its own thread and hands over here after each section; nothing else reaches the file system
 /// from the window but the clean, which runs on the main thread as the Clean and Retry paths do.
 ///
@@ -170,7 +169,7 @@ private:
     QWidget* makeBottomBar();
     QWidget* itemRow(int row, QWidget* reusable);
     QWidget* selectionRow(int row, QWidget* reusable);
-    [[nodiscard]] BrowserPanel browserPanel();
+    [[nodiscard]] bool confirmClean();
     void rescanAfterClean();
 
     QPointer<AppDelegate> m_appDel;

@@ -1,4 +1,4 @@
-#include "inventory/privacy_scan.hpp"
+#include "inventory/inventories.hpp"
 
 #include <sys/stat.h>
 
@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "base/folders.hpp"
+#include "catalogue/record_keys.hpp"
 #include "inventory/extension_metadata.hpp"
-#include "layout/browser_profiles.hpp"
-#include "layout/tables.hpp"
+#include "layout/locations.hpp"
 
 namespace tidewell {
 
@@ -17,13 +17,6 @@ namespace {
 
 bool holdsNul(std::string_view path) {
     return path.find('\0') != std::string_view::npos;
-}
-
-UrlList systemThenUser(const DiskRoot& disk, std::string_view systemFolder, std::string_view homeRelative) {
-    UrlList urls = PrivacyScan::getUrlListAt(FileUrl{disk.resolve(systemFolder)});
-    UrlList user = PrivacyScan::getUrlListAt(disk.inHome(homeRelative));
-    urls.insert(urls.end(), std::make_move_iterator(user.begin()), std::make_move_iterator(user.end()));
-    return urls;
 }
 
 std::vector<std::string> visibleNames(const std::string& path) {
@@ -56,8 +49,8 @@ std::string_view nameWithoutExtension(std::string_view name) {
 }
 
 bool isPackageName(std::string_view name) {
-    // This platform has no package flag on folders. These are the folder kinds the reference platform shows as
-    // single files; an application's bundle is one of them, and so it is never searched inside.
+    // A folder carries no package flag here. These are the folder kinds a macOS disk shows as single files; an
+    // application's bundle is one of them, and so it is never searched inside.
     static constexpr std::array<std::string_view, 20> kBundleExtensions{
         "app",      "bundle",        "framework", "plugin",     "kext",   "appex",   "xpc",
         "prefpane", "qlgenerator",   "saver",     "mdimporter", "wdgt",   "pkg",     "mpkg",
@@ -72,25 +65,26 @@ bool isPackageName(std::string_view name) {
     return std::ranges::find(kBundleExtensions, lowered) != kBundleExtensions.end();
 }
 
-UrlList PrivacyScan::getUrlListAt(const FileUrl& folder) {
+UrlList folderEntries(const FileUrl& folder) {
     // The listing itself ends at the first read error and keeps the names read before it.
     return listFolderUrls(folder);
 }
 
-std::optional<RecordList> PrivacyScan::getChromeExtantionList(const DiskRoot& disk, SizeCounter& sizes) {
-    const std::optional<std::vector<ChromeProfile>> profiles = readChromeProfiles(disk);
+std::optional<RecordList> chromeExtensions(const DiskRoot& disk, const Browser& browser, SizeCounter& sizes) {
+    const std::optional<std::vector<BrowserProfile>> profiles = profilesOf(disk, browser);
     if (!profiles) {
         return std::nullopt;
     }
     RecordList records;
-    const FileUrl chromeFolder = disk.inHome(tables::kChromeFolder);
-    for (const ChromeProfile& profile : *profiles) {
-        const FileUrl extensions = chromeFolder.appending(profile.folder).appending("Extensions");
-        for (FileUrl identifier : getUrlListAt(extensions)) {
+    AnchorFolders anchors = anchorsOf(disk, browser);
+    for (const BrowserProfile& profile : *profiles) {
+        anchors.profile = &profile;
+        const FileUrl extensions = locationOf(browser.extensions, anchors);
+        for (FileUrl identifier : folderEntries(extensions)) {
             identifier.within = extensions.path;
             // Every version of an extension reports the size of the whole identifier folder: measured once.
             std::optional<std::int64_t> identifierBytes;
-            for (const FileUrl& version : getUrlListAt(identifier)) {
+            for (const FileUrl& version : folderEntries(identifier)) {
                 std::optional<ChromeManifest> manifest = readChromeVersionFolder(version);
                 if (!manifest) {
                     continue;
@@ -98,70 +92,59 @@ std::optional<RecordList> PrivacyScan::getChromeExtantionList(const DiskRoot& di
                 if (!identifierBytes) {
                     identifierBytes = sizes.measureFolder(identifier.path).bytes;
                 }
-                records.push_back(makeRecord({{"urlExt", identifier},
-                                              {"verExt", std::move(manifest->version)},
-                                              {"nameExt", std::move(manifest->name)},
-                                              {"sizeExt", *identifierBytes},
-                                              {"PersonExt", profile.name}}));
+                records.push_back(makeRecord({{keys::kExtensionLocation, identifier},
+                                              {keys::kExtensionVersion, std::move(manifest->version)},
+                                              {keys::kExtensionName, std::move(manifest->name)},
+                                              {keys::kExtensionSize, *identifierBytes},
+                                              {keys::kExtensionProfile, profile.name}}));
             }
         }
     }
     return records;
 }
 
-std::vector<std::pair<RecordPtr, FileUrl>> PrivacyScan::getFirefoxExtensions(const DiskRoot& disk, SizeCounter& sizes) {
-    std::vector<std::pair<RecordPtr, FileUrl>> extensions;
-    for (const FileUrl& profile : getUrlListAt(disk.inHome(tables::kFirefoxProfiles))) {
-        const std::optional<std::string> database = readWholeFile(profile.appending("extensions.json").path);
+std::vector<FirefoxExtension> firefoxExtensions(const DiskRoot& disk, const Browser& browser, SizeCounter& sizes) {
+    std::vector<FirefoxExtension> extensions;
+    AnchorFolders anchors = anchorsOf(disk, browser);
+    // Every profile's add-ons are listed, not only those of the profile the Firefox section cleans.
+    for (const FileUrl& folder : folderEntries(anchors.data.appending(browser.profilesFolder))) {
+        const std::optional<std::string> database = readWholeFile(folder.appending("extensions.json").path);
         if (!database) {
             continue;
         }
+        const BrowserProfile profile{folder, {}};
+        anchors.profile = &profile;
+        const std::string within = locationOf(browser.extensions, anchors).path;
         for (FirefoxAddOn& addOn : firefoxAddOnsFromJson(*database)) {
-            FileUrl location{addOn.location, profile.appending("extensions").path};
+            FileUrl location{addOn.location, within};
             const std::int64_t bytes = sizes.measureFolder(addOn.location).bytes;
-            extensions.emplace_back(makeRecord({{"urlExt", std::move(addOn.location)},
-                                                {"verExt", std::move(addOn.version)},
-                                                {"nameExt", std::move(addOn.name)},
-                                                {"sizeExt", bytes},
-                                                {"PersonExt", std::string("Default")}}),
-                                    std::move(location));
+            extensions.push_back({makeRecord({{keys::kExtensionLocation, std::move(addOn.location)},
+                                              {keys::kExtensionVersion, std::move(addOn.version)},
+                                              {keys::kExtensionName, std::move(addOn.name)},
+                                              {keys::kExtensionSize, bytes},
+                                              {keys::kExtensionProfile, std::string("Default")}}),
+                                  std::move(location)});
         }
     }
     return extensions;
 }
 
-RecordList PrivacyScan::getFirefoxExtantionList(const DiskRoot& disk, SizeCounter& sizes) {
-    RecordList records;
-    for (auto& [record, location] : getFirefoxExtensions(disk, sizes)) {
-        records.push_back(std::move(record));
+UrlList safariExtensions(const DiskRoot& disk, const Browser& browser) {
+    return folderEntries(locationOf(browser.extensions, anchorsOf(disk, browser)));
+}
+
+UrlList inventoryListing(const DiskRoot& disk, const InventoryListing& listing) {
+    const AnchorFolders anchors{disk, disk.homeUrl(), disk.homeUrl()};
+    UrlList urls;
+    for (const Location& folder : listing.folders) {
+        UrlList found = listing.applicationSearch ? applicationsBelow(locationOf(folder, anchors))
+                                                  : folderEntries(locationOf(folder, anchors));
+        urls.insert(urls.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
     }
-    return records;
+    return urls;
 }
 
-UrlList PrivacyScan::getSafariExtantionList(const DiskRoot& disk) {
-    return getUrlListAt(disk.inHome("Library/Safari/Extensions"));
-}
-
-UrlList PrivacyScan::getLaunchAgentsList(const DiskRoot& disk) {
-    return systemThenUser(disk, "/Library/LaunchAgents", "Library/LaunchAgents");
-}
-
-UrlList PrivacyScan::getLaunchDaemonsList(const DiskRoot& disk) {
-    return systemThenUser(disk, "/Library/LaunchDaemons", "Library/LaunchDaemons");
-}
-
-UrlList PrivacyScan::getApplicationSupportList(const DiskRoot& disk) {
-    return systemThenUser(disk, "/Library/Application Support", "Library/Application Support");
-}
-
-UrlList PrivacyScan::getAppList(const DiskRoot& disk) {
-    UrlList apps = getApplicationList(FileUrl{disk.resolve("/Applications")});
-    UrlList home = getApplicationList(disk.homeUrl());
-    apps.insert(apps.end(), std::make_move_iterator(home.begin()), std::make_move_iterator(home.end()));
-    return apps;
-}
-
-UrlList PrivacyScan::getApplicationList(const FileUrl& folder) {
+UrlList applicationsBelow(const FileUrl& folder) {
     UrlList found;
     if (holdsNul(folder.path)) {
         return found;

@@ -25,13 +25,13 @@ protected:
     TempFolder temp;
     DiskBuilder d{temp.path()};
 
-    RecordPtr build() { return runBuilder(addBrowserExtensionsDetails, d.disk()).section; }
-    static const Record& lastRow(const Record& section) { return *section.list("List")->back(); }
+    RecordPtr build() { return runBuilder(buildBrowserExtensionsSection, d.disk()).section; }
+    static Item lastRow(const RecordPtr& section) { return Section(section).items().back(); }
 };
 
 TEST_F(ExtensionsSection, WithoutBrowsersOnlyAnEmptyResetRowRemains) {
     d.file("Library/Safari/Extensions/Clip.safariextz").chromeLocalState({{"Default", "Person 1"}});
-    const BuilderOutcome outcome = runBuilder(addBrowserExtensionsDetails, d.disk());
+    const BuilderOutcome outcome = runBuilder(buildBrowserExtensionsSection, d.disk());
     ASSERT_TRUE(outcome.section);
     EXPECT_TRUE(outcome.handOver);
     EXPECT_EQ(toJson(*outcome.section).dump(),
@@ -58,21 +58,21 @@ TEST_F(ExtensionsSection, GroupsRowsByBrowserAndEndsWithTheResetRow) {
                R"("},{"defaultLocale":{"name":"Gone"},"version":"1","path":")" + d.at("gone") + R"("}]})");
     const RecordPtr section = build();
     ASSERT_TRUE(section);
-    std::vector<std::string> names = itemNames(*section);
+    std::vector<std::string> names = itemNames(section);
     ASSERT_EQ(names.size(), 9U);
     std::sort(names.begin() + 1, names.begin() + 3); // Safari's rows come in the folder's listing order
     EXPECT_EQ(names,
               (std::vector<std::string>{"Safari Extensions", "Clip.Saver", "Downloads", "Google Chrome Extensions",
                                         "Notes v2.0 (Person 1)", "Notes v2.0 (Work)", "Firefox Extensions", "Kept v1",
                                         "Reset Browsers Preferences to Defaults"}));
-    const RecordList& rows = *section->list("List");
-    EXPECT_EQ(locationPaths(*rows[5]), std::vector<std::string>{d.at(kChrome + "Profile 1/Extensions/notes")});
-    EXPECT_EQ(locationPaths(*rows[7]), std::vector<std::string>{kept});
-    for (const RecordPtr& row : rows) {
-        EXPECT_EQ(row->text("sizeText"), "") << row->text("NameText");
-        EXPECT_TRUE(row->flag("isEnabled") && row->flag("isExt"));
-        EXPECT_EQ(row->flag("isHeader"), !locationPaths(*row).empty() && row != rows.back());
-        EXPECT_EQ(row->flag("isChecked"), row->text("NameText") != "Downloads"); // the item factory's rule
+    const std::vector<Item> rows = Section(section).items();
+    EXPECT_EQ(locationPaths(rows[5]), std::vector<std::string>{d.at(kChrome + "Profile 1/Extensions/notes")});
+    EXPECT_EQ(locationPaths(rows[7]), std::vector<std::string>{kept});
+    for (const Item& row : rows) {
+        EXPECT_EQ(row.sizeText(), "") << row.name();
+        EXPECT_TRUE(row.isEnabled() && row.record()->flag("isExt"));
+        EXPECT_EQ(row.isCaption(), locationPaths(row).empty() || row.record() == rows.back().record());
+        EXPECT_TRUE(row.isTicked()) << "a row named \"Downloads\" too: ticks come from the tables, not from names";
     }
     // Only the first "default" profile the folder lists gives reset files.
     const std::vector<std::string> listed = listFolderNames(d.at(kProfiles));
@@ -83,7 +83,7 @@ TEST_F(ExtensionsSection, GroupsRowsByBrowserAndEndsWithTheResetRow) {
     for (const std::string file : {"user.js", "xulstore.json", "prefs.js"}) {
         reset.push_back(d.at(kProfiles + chosen + "/" + file));
     }
-    EXPECT_EQ(locationPaths(lastRow(*section)), reset);
+    EXPECT_EQ(locationPaths(lastRow(section)), reset);
 }
 
 TEST_F(ExtensionsSection, ABrowserWithNothingListedKeepsOnlyItsResetFiles) {
@@ -96,8 +96,8 @@ TEST_F(ExtensionsSection, ABrowserWithNothingListedKeepsOnlyItsResetFiles) {
         .text(kChrome + "Default/Extensions/notes/2.0_0/manifest.json", R"({"name":"Notes","version":"2.0"})");
     // No "Local State": Chrome lists nothing and has nothing to reset.
     const RecordPtr section = build();
-    EXPECT_EQ(itemNames(*section), std::vector<std::string>{"Reset Browsers Preferences to Defaults"});
-    EXPECT_EQ(locationPaths(lastRow(*section)),
+    EXPECT_EQ(itemNames(section), std::vector<std::string>{"Reset Browsers Preferences to Defaults"});
+    EXPECT_EQ(locationPaths(lastRow(section)),
               std::vector<std::string>{d.at("Library/Safari/Configurations.plist.signed")});
 }
 

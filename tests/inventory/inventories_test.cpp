@@ -6,7 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "base/folders.hpp"
-#include "inventory/privacy_scan.hpp"
+#include "inventory/inventories.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
 
@@ -33,12 +33,27 @@ protected:
     DiskBuilder d{temp.path()};
     SizeCounter sizes{0};
 
-    RecordList chrome() { return PrivacyScan::getChromeExtantionList(d.disk(), sizes).value(); }
-    RecordList firefox() { return PrivacyScan::getFirefoxExtantionList(d.disk(), sizes); }
+    static const Browser& browser(std::string_view key) { return *findBrowser(macosLayout(), key); }
+    RecordList chrome() { return chromeExtensions(d.disk(), browser("chrome"), sizes).value(); }
+    RecordList firefox() {
+        RecordList records;
+        for (FirefoxExtension& extension : firefoxExtensions(d.disk(), browser("firefox"), sizes)) {
+            records.push_back(std::move(extension.record));
+        }
+        return records;
+    }
+    UrlList listing(std::string_view kind) {
+        for (const InventoryListing& listing : macosLayout().inventories) {
+            if (listing.kind == kind) {
+                return inventoryListing(d.disk(), listing);
+            }
+        }
+        return {};
+    }
 };
 
 TEST_F(Inventories, ChromeIsNullWithoutLocalStateAndEmptyWhenItIsMalformed) {
-    EXPECT_FALSE(PrivacyScan::getChromeExtantionList(d.disk(), sizes).has_value());
+    EXPECT_FALSE(chromeExtensions(d.disk(), browser("chrome"), sizes).has_value());
     d.text(kExtensions + "id/1_0/manifest.json", R"({"name":"Kept out","version":"1"})");
     for (const char* localState : {"not json", R"({"profile":{}})", R"({"profile":{"info_cache":[]}})", "[]"}) {
         d.text("Library/Application Support/Google/Chrome/Local State", localState);
@@ -182,21 +197,19 @@ TEST_F(Inventories, OddFirefoxLocationsAreListedWithoutHarmOrLeftOut) {
     }
 }
 
-TEST_F(Inventories, ListingsKeepEveryEntrySystemFolderFirst) {
+TEST_F(Inventories, ListingsGoSystemFolderFirstAndApplicationsAreFoundOutsideBundlesOnly) {
     d.file("Library/Safari/Extensions/Extensions.plist")
         .file("Library/Safari/Extensions/.DS_Store")
         .file("/Library/LaunchAgents/sys.plist")
         .file("/Library/LaunchDaemons/daemon.plist")
         .file("Library/LaunchDaemons/.hidden.plist");
-    EXPECT_EQ(PrivacyScan::getSafariExtantionList(d.disk()).size(), 2U);
+    EXPECT_EQ(safariExtensions(d.disk(), browser("safari")).size(), 2U);
     // No personal LaunchAgents folder: the system listing alone.
-    EXPECT_EQ(paths(PrivacyScan::getLaunchAgentsList(d.disk())), std::vector{d.at("/Library/LaunchAgents/sys.plist")});
-    EXPECT_EQ(paths(PrivacyScan::getLaunchDaemonsList(d.disk())),
+    EXPECT_EQ(paths(listing("launch-agents")), std::vector{d.at("/Library/LaunchAgents/sys.plist")});
+    EXPECT_EQ(paths(listing("launch-daemons")),
               (std::vector{d.at("/Library/LaunchDaemons/daemon.plist"), d.at("Library/LaunchDaemons/.hidden.plist")}));
-    EXPECT_TRUE(PrivacyScan::getUrlListAt(FileUrl{d.at("/Library/LaunchAgents/sys.plist")}).empty());
-}
+    EXPECT_TRUE(folderEntries(FileUrl{d.at("/Library/LaunchAgents/sys.plist")}).empty());
 
-TEST_F(Inventories, ApplicationsAreFoundOutsideBundlesOnly) {
     for (const char* app : {"/Applications/Top.app", "/Applications/Top.app/Contents/Helpers/Nested.app",
                             "/Applications/Utilities/Tool.app", "/Applications/Loud.APP",
                             "/Applications/Loud.APP/Inside.app", "/Applications/Kit.framework/Versions/Hidden.app",
@@ -205,7 +218,7 @@ TEST_F(Inventories, ApplicationsAreFoundOutsideBundlesOnly) {
         d.app(app);
     }
     d.file("/Applications/File.app").link("Links", temp.path() + "/elsewhere");
-    std::vector<std::string> found = paths(PrivacyScan::getAppList(d.disk()));
+    std::vector<std::string> found = paths(listing("apps"));
     ASSERT_FALSE(found.empty());
     EXPECT_EQ(found.back(), d.at("Projects/build/Mine.app")); // the home folder's come after /Applications'
     std::ranges::sort(found);
