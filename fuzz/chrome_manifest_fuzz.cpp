@@ -6,7 +6,7 @@
 // "messages.json" in turn.
 #include <sys/stat.h>
 
-#include "catalogue/json_reading.hpp"
+#include "base/json_reading.hpp"
 #include "fuzz/fuzz_support.hpp"
 #include "inventory/extension_metadata.hpp"
 

@@ -1,6 +1,6 @@
 // Firefox's "extensions.json" as any program could have left it: the add-on list read from it.
-#include "catalogue/file_url.hpp"
-#include "catalogue/held_folder.hpp"
+#include "base/file_url.hpp"
+#include "base/held_folder.hpp"
 #include "fuzz/fuzz_support.hpp"
 #include "inventory/extension_metadata.hpp"
 

@@ -1,9 +1,9 @@
 // Chrome's "Local State" as any program could have left it: the profile registry read from it.
 #include <set>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 #include "fuzz/fuzz_support.hpp"
-#include "sources/chrome_local_state.hpp"
+#include "layout/chrome_local_state.hpp"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace tidewell;

@@ -11,7 +11,7 @@
 #include "app/application.hpp"
 #include "app/real_time_purge.hpp"
 #include "app/single_instance.hpp"
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "platform/login_item.hpp"
 #include "platform/purge_schedule.hpp"
 #include "ui/main_window.hpp"

@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "cleaning/adult_words.hpp"
-#include "sources/chrome_local_state.hpp"
+#include "layout/chrome_local_state.hpp"
 
 namespace {
 

@@ -13,9 +13,10 @@
 #include <string>
 #include <vector>
 
+#include "base/log.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/history_purge.hpp"
-#include "platform/log.hpp"
+#include "layout/disk_layout.hpp"
 #include "support/disk_builder.hpp"
 #include "support/literal_purge.hpp"
 #include "support/sample_disk.hpp"
@@ -120,8 +121,8 @@ int main(int argc, char** argv) {
     const double literalSeconds = secondsOf([&] { tidewell::testing::literalPurge(literal, "urls", words); });
     const tidewell::DeletionBoundary boundary(folder.path());
     const double tidewellSeconds = secondsOf([&] {
-        tidewell::deleteChromeAdultHistory(
-            tidewell::FileUrl{tidewell},
+        tidewell::purgeHistory(
+            *tidewell::findBrowser(tidewell::macosLayout(), "chrome")->history, tidewell::FileUrl{tidewell},
             tidewell::PurgeContext{tidewell::makeAdultWords(words), boundary, tidewell::CleanMode::Interactive});
     });
 

@@ -14,7 +14,7 @@
 #include "app/status_menu.hpp"
 #include "app/taskbar_policy.hpp"
 #include "app/window_host.hpp"
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "platform/login_item.hpp"
 
 namespace tidewell {

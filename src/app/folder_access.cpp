@@ -4,7 +4,7 @@
 
 #include "app/alerts.hpp"
 #include "app/folder_panel.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 
 namespace tidewell {
 

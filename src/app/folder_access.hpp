@@ -5,7 +5,7 @@
 #include <string>
 
 #include "app/settings.hpp"
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "platform/folder_grant.hpp"
 
 namespace tidewell {

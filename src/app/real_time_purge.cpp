@@ -1,7 +1,7 @@
 #include "app/real_time_purge.hpp"
 
-#include "cleaning/adult_history_section.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
+#include "flows/purge_run.hpp"
 
 namespace tidewell {
 
@@ -23,7 +23,7 @@ bool RealTimePurger::run() {
     // (an hour old) have ended.
     m_engine = std::make_unique<CleaningEngine>(CleanMode::RealTime, boundaryOfGrant(*granted, m_disk));
     m_engine->setLeftReporter([](const LeftAsItWas& left) { logLine(describe(left)); });
-    return addAdultContents(m_disk, *m_running, *m_engine, m_loadWords);
+    return runHourlyPurge(m_disk, *m_running, *m_engine, m_loadWords);
 }
 
 void RealTimePurger::joinAll() {

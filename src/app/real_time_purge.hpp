@@ -5,7 +5,7 @@
 #include <optional>
 #include <string>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/cleaning_engine.hpp"
 #include "platform/folder_grant.hpp"
@@ -13,10 +13,10 @@
 
 namespace tidewell {
 
-/// The hourly purge of the window face, what each tick of the real-time timer runs: `addAdultContents` of the
-/// cleaning engine on the disk, with a real-time engine whose deletion boundary is the started grant's folder,
-/// held afresh for each run. The purge's per-database tasks run concurrently off the calling (main) thread; the
-/// purger keeps the engine, and with it the tasks, until the next run or its own end, and then waits for them.
+/// The hourly purge of the window face, what each tick of the real-time timer runs: `runHourlyPurge`
+/// (flows/purge_run) with a real-time cleaning engine on the disk whose deletion boundary is the started grant's
+/// folder, held afresh for each run. The purge's per-database tasks run concurrently off the calling (main) thread;
+/// the purger keeps the engine, and with it the tasks, until the next run or its own end, and then waits for them.
 /// Each database left as it was is logged, with the reason, as soon as it is known.
 class RealTimePurger {
 public:
@@ -31,7 +31,7 @@ public:
     RealTimePurger& operator=(const RealTimePurger&) = delete;
 
     /// One run. Without a started grant nothing may be deleted, so nothing happens (not even a log line).
-    /// Otherwise `addAdultContents`: while a browser runs it logs "App Opens" and purges nothing. Returns whether
+    /// Otherwise `runHourlyPurge`: while a browser runs it logs "App Opens" and purges nothing. Returns whether
     /// it purged.
     bool run();
 

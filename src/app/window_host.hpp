@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "app/settings_model.hpp"
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "platform/folder_grant.hpp"
 
 namespace tidewell {

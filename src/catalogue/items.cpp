@@ -1,32 +1,34 @@
 #include "catalogue/items.hpp"
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
+#include "catalogue/record_keys.hpp"
+#include "catalogue/record_views.hpp"
 
 namespace tidewell {
 
-RecordPtr getDicForList(UrlList list, std::string type, bool isExt) {
-    const bool isHeader = !list.empty();
-    const bool isChecked = type != "Downloads";
-    return makeRecord({{"AllList", std::move(list)},
-                       {"NameText", std::move(type)},
-                       {"isChecked", isChecked},
-                       {"sizeText", std::string("0KB")},
-                       {"isExt", isExt},
-                       {"isHeader", isHeader}});
+RecordPtr makeItem(UrlList locations, std::string name, bool extensionRow, bool ticked) {
+    const bool hasLocations = !locations.empty();
+    return makeRecord({{keys::kLocations, std::move(locations)},
+                       {keys::kItemName, std::move(name)},
+                       {keys::kTick, ticked},
+                       {keys::kSizeText, std::string("0KB")},
+                       {keys::kExtensionRow, extensionRow},
+                       {keys::kNotCaption, hasLocations}},
+                      {RecordKind::LocationsItem});
 }
 
-std::int64_t countSize(const RecordList& items, SizeCounter& counter) {
+std::int64_t measureItems(const RecordList& items, SizeCounter& counter) {
     std::int64_t total = 0;
-    for (const RecordPtr& item : items) {
+    for (const RecordPtr& record : items) {
         std::int64_t itemBytes = 0;
-        if (const UrlList* locations = item->urls("AllList")) {
+        if (const UrlList* locations = Item(record).locations()) {
             for (const FileUrl& location : *locations) {
                 itemBytes += counter.fileSizeOf(location);
             }
         }
         const SizeText size = sizeTextFor(itemBytes);
-        item->set("sizeText", size.text);
-        item->set("isEnabled", size.enabled);
+        record->set(keys::kSizeText, size.text);
+        record->set(keys::kEnabled, size.enabled);
         total += itemBytes;
     }
     return total;

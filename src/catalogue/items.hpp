@@ -8,14 +8,14 @@
 
 namespace tidewell {
 
-/// `getDicForList:andType:isExt:`, the one item factory. Pure: it looks at no file. The item has, in order,
-/// "AllList" (the list), "NameText" (the type), "isChecked" (false exactly when the type is "Downloads"),
-/// "sizeText" "0KB" (replaced when measured), "isExt" and "isHeader" (true when the list is not empty).
-[[nodiscard]] RecordPtr getDicForList(UrlList list, std::string type, bool isExt);
+/// The one item factory. Pure: it looks at no file. The item has, in order, "AllList" (the locations),
+/// "NameText", "isChecked" (`ticked`), "sizeText" "0KB" (replaced when measured), "isExt" (`extensionRow`) and
+/// "isHeader" (true when it has locations; a caption has none). It is a LocationsItem.
+[[nodiscard]] RecordPtr makeItem(UrlList locations, std::string name, bool extensionRow, bool ticked = true);
 
-/// `countSize:`. For each item in order, sums `fileSizeOf:` over its "AllList" (overlapping or repeated
-/// locations count each time), writes "sizeText" and "isEnabled" by the "Zero KB" -> "0 byte" rule, and returns
-/// the total of all items. Items without an "AllList" measure 0.
-std::int64_t countSize(const RecordList& items, SizeCounter& counter);
+/// Measures items in order: each one's locations are summed (overlapping or repeated locations count each time)
+/// and its "sizeText" and "isEnabled" written by the "Zero KB" -> "0 byte" rule. Returns the total of all items.
+/// Items without locations measure 0.
+std::int64_t measureItems(const RecordList& items, SizeCounter& counter);
 
 } // namespace tidewell

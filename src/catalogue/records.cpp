@@ -4,7 +4,7 @@
 
 namespace tidewell {
 
-Record::Record(std::initializer_list<std::pair<std::string, Value>> entries) {
+Record::Record(std::initializer_list<std::pair<std::string_view, Value>> entries, RecordRole role) : m_role(role) {
     for (const auto& [key, value] : entries) {
         set(key, value);
     }
@@ -70,8 +70,8 @@ const RecordList* Record::list(std::string_view key) const {
     return value == nullptr ? nullptr : std::get_if<RecordList>(value);
 }
 
-RecordPtr makeRecord(std::initializer_list<std::pair<std::string, Value>> entries) {
-    return std::make_shared<Record>(entries);
+RecordPtr makeRecord(std::initializer_list<std::pair<std::string_view, Value>> entries, RecordRole role) {
+    return std::make_shared<Record>(entries, role);
 }
 
 bool isNotFalse(const Record& record, std::string_view key) {

@@ -9,17 +9,17 @@
 #include <variant>
 #include <vector>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 
 namespace tidewell {
 
 class Record;
+struct Browser;
 
 /// Records are shared, never copied: the details panel, the cleaning engine and the catalogue all see the very
 /// record the scan built.
 using RecordPtr = std::shared_ptr<Record>;
 using RecordList = std::vector<RecordPtr>;
-using UrlList = std::vector<FileUrl>;
 
 /// One value of a record. Booleans stay booleans and whole numbers stay numbers (the JSON export shows which is
 /// which), but they compare as numbers: true equals 1 and false equals 0.
@@ -28,13 +28,36 @@ using Value = std::variant<bool, std::int64_t, std::string, FileUrl, UrlList, Re
 /// A tick as a check box holds it: on, off or mixed (some but not all items of a section or caption ticked).
 enum class Tick : std::int64_t { Off = 0, On = 1, Mixed = -1 };
 
-/// A string-keyed, mutable record: a catalogue section ("Name", "List", "Size", "Img", "isChecked", "isEnabled",
-/// "isFromThornsweep"), an item ("AllList", "NameText", "isChecked", "sizeText", "isExt", "isHeader", "isEnabled",
-/// "Path"), or an extension record. Keys keep the order in which they were first set.
+/// What a record stands for, as the builder that made it says.
+enum class RecordKind : std::uint8_t {
+    Unmarked,            // a record no builder marked: an extension record, one made by hand
+    SourceSection,       // the section of a source's table: Safari, Chrome, Firefox, System, Mail, Flash
+    AdultHistorySection, // "Adult History"
+    ExtensionsSection,   // "Browser Extensions"
+    PromotionRow,        // the last row, which points to a sibling product
+    LocationsItem,       // an item whose locations a clean removes
+    HistoryItem,         // an Adult History item: a clean purges its browser's history database
+    BrowserEntry,        // a running browser, as the browser panel lists it
+};
+
+/// The part of a record that is not among its keys: never exported, never shown as text. Behaviour is chosen by
+/// it (the kind, the browser), never by a record's display text.
+struct RecordRole {
+    RecordKind kind = RecordKind::Unmarked;
+    /// The browser a section, item or panel entry stands for, or null.
+    const Browser* browser = nullptr;
+    /// The window's image for a section or a panel entry.
+    std::string_view icon = {};
+    /// A section's one-line summary, when it has one of its own (else a face lists its item names).
+    std::string_view summary = {};
+};
+
+/// A string-keyed, mutable record: a catalogue section, an item, an extension record or a browser panel entry,
+/// with the keys of catalogue/record_keys.hpp. Keys keep the order in which they were first set.
 class Record {
 public:
     Record() = default;
-    Record(std::initializer_list<std::pair<std::string, Value>> entries);
+    Record(std::initializer_list<std::pair<std::string_view, Value>> entries, RecordRole role = {});
 
     /// Sets a key; a key already present keeps its place, a new key goes last.
     void set(std::string_view key, Value value);
@@ -58,11 +81,16 @@ public:
 
     [[nodiscard]] const std::vector<std::pair<std::string, Value>>& entries() const { return m_entries; }
 
+    [[nodiscard]] const RecordRole& role() const { return m_role; }
+    void setRole(RecordRole role) { m_role = role; }
+
 private:
     std::vector<std::pair<std::string, Value>> m_entries;
+    RecordRole m_role;
 };
 
-[[nodiscard]] RecordPtr makeRecord(std::initializer_list<std::pair<std::string, Value>> entries = {});
+[[nodiscard]] RecordPtr makeRecord(std::initializer_list<std::pair<std::string_view, Value>> entries = {},
+                                   RecordRole role = {});
 
 /// The filter "key != false": keeps a record whose value is not numerically 0. An absent key passes (an absent
 /// value is not equal to false), and so does a mixed tick (-1).

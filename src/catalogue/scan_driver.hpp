@@ -9,8 +9,8 @@
 #include <thread>
 #include <vector>
 
-#include "catalogue/disk_root.hpp"
-#include "catalogue/main_thread.hpp"
+#include "layout/disk_root.hpp"
+#include "base/main_thread.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
 

@@ -11,7 +11,7 @@
 #include <memory>
 #include <variant>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 namespace tidewell {
 

@@ -14,8 +14,8 @@
 #include <thread>
 #include <vector>
 
-#include "catalogue/file_url.hpp"
-#include "catalogue/held_folder.hpp"
+#include "base/file_url.hpp"
+#include "base/held_folder.hpp"
 
 namespace tidewell {
 

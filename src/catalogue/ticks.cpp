@@ -9,49 +9,38 @@ namespace {
 // The row the fourth-row rule names: it never passes its tick down to its items.
 constexpr std::size_t kRowThatKeepsItemTicks = 3;
 
-bool isCaption(const Record& row) {
-    return !row.flag("isHeader");
-}
-
 } // namespace
 
-Tick checkBoxAction(const Catalogue& catalogue, std::size_t row, Tick state) {
+Tick tickSection(const Catalogue& catalogue, std::size_t row, Tick state) {
     if (state == Tick::Mixed) {
         state = Tick::On;
     }
-    const RecordPtr section = catalogue.at(row);
-    if (!section) {
+    const RecordPtr record = catalogue.at(row);
+    if (!record) {
         return state;
     }
+    const Section section(record);
     const bool on = state == Tick::On;
     if (row != kRowThatKeepsItemTicks) {
-        if (const RecordList* items = section->list("List")) {
-            for (const RecordPtr& item : *items) {
-                item->set("isChecked", on);
-            }
+        for (Item& item : section.items()) {
+            item.setTicked(on);
         }
     }
-    section->set("isChecked", on);
+    section.setTicked(on);
     return state;
 }
 
-bool selectionCheckBoxAction(Record& section, std::string_view toolTip, Tick& state) {
-    const RecordList* list = section.list("List");
-    if (list == nullptr) {
-        return false;
-    }
-    const RecordList& rows = *list;
-    const auto found =
-        std::ranges::find_if(rows, [&](const RecordPtr& row) { return row->text("NameText") == toolTip; });
+bool tickItemNamed(const Section& section, std::string_view name, Tick& state) {
+    std::vector<Item> rows = section.items();
+    const auto found = std::ranges::find_if(rows, [&](const Item& row) { return row.name() == name; });
     if (found == rows.end()) {
         return false;
     }
     if (state == Tick::Mixed) {
         state = Tick::On;
     }
-    Record& row = **found;
-    setTick(row, "isChecked", state);
-    if (!section.flag("isFromThornsweep")) {
+    found->setTick(state);
+    if (!section.isGrouped()) {
         return true;
     }
 
@@ -61,14 +50,14 @@ bool selectionCheckBoxAction(Record& section, std::string_view toolTip, Tick& st
     }
     const auto groupEnd = [&](std::size_t caption) {
         std::size_t end = caption + 1;
-        while (end < rows.size() && !isCaption(*rows[end])) {
+        while (end < rows.size() && !rows[end].isCaption()) {
             ++end;
         }
         return end;
     };
-    if (isCaption(row)) {
+    if (found->isCaption()) {
         for (std::size_t i = index + 1; i < groupEnd(index); ++i) {
-            setTick(*rows[i], "isChecked", state);
+            rows[i].setTick(state);
         }
         return true;
     }
@@ -76,7 +65,7 @@ bool selectionCheckBoxAction(Record& section, std::string_view toolTip, Tick& st
     // An item: find its caption above it; with none, the first row stands in for it.
     std::size_t caption = 0;
     for (std::size_t i = index + 1; i-- > 0;) {
-        if (isCaption(*rows[i])) {
+        if (rows[i].isCaption()) {
             caption = i;
             break;
         }
@@ -85,29 +74,25 @@ bool selectionCheckBoxAction(Record& section, std::string_view toolTip, Tick& st
     std::size_t ticked = 0;
     for (std::size_t i = caption + 1; i < groupEnd(caption); ++i) {
         ++members;
-        const Record& member = *rows[i];
-        if ((member.text("NameText") == toolTip && state == Tick::On) || isTrue(member, "isChecked")) {
+        if ((rows[i].name() == name && state == Tick::On) || rows[i].isTicked()) {
             ++ticked;
         }
     }
-    const Tick captionTick = ticked == 0 ? Tick::Off : (ticked == members ? Tick::On : Tick::Mixed);
-    setTick(*rows[caption], "isChecked", captionTick);
+    rows[caption].setTick(ticked == 0 ? Tick::Off : (ticked == members ? Tick::On : Tick::Mixed));
     return true;
 }
 
-void doneActionFromselectionView(Record& section) {
-    const RecordList* list = section.list("List");
-    const std::size_t total = list == nullptr ? 0 : list->size();
-    const auto ticked =
-        list == nullptr ? 0
-                        : std::ranges::count_if(*list, [](const RecordPtr& row) { return isTrue(*row, "isChecked"); });
-    const Tick tick = static_cast<std::size_t>(ticked) == total ? Tick::On : (ticked > 0 ? Tick::Mixed : Tick::Off);
-    setTick(section, "isChecked", tick);
+void settleSectionTick(const Section& section) {
+    const std::vector<Item> rows = section.items();
+    const auto ticked = std::ranges::count_if(rows, [](const Item& row) { return row.isTicked(); });
+    const Tick tick =
+        static_cast<std::size_t>(ticked) == rows.size() ? Tick::On : (ticked > 0 ? Tick::Mixed : Tick::Off);
+    section.setTick(tick);
 }
 
-bool removeButtonEnabled(const Catalogue& catalogue) {
-    const RecordList sections = catalogue.snapshot();
-    return std::ranges::any_of(sections, [](const RecordPtr& section) { return isNotFalse(*section, "isChecked"); });
+bool anythingToClean(const Catalogue& catalogue) {
+    return std::ranges::any_of(sectionsOf(catalogue.snapshot()),
+                               [](const Section& section) { return section.isNotUnticked(); });
 }
 
 } // namespace tidewell

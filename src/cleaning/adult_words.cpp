@@ -7,7 +7,7 @@
 #include <limits>
 #include <optional>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "platform/resources.hpp"
 
 namespace tidewell {

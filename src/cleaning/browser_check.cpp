@@ -4,48 +4,44 @@
 #include <set>
 #include <string>
 
-#include "platform/log.hpp"
+#include "base/log.hpp"
+#include "catalogue/record_keys.hpp"
+#include "catalogue/record_views.hpp"
 
 namespace tidewell {
 
 namespace {
 
-const BrowserRow* rowWhere(std::string_view BrowserRow::*key, std::string_view value) {
-    for (const BrowserRow& row : browserTable()) {
-        if (row.*key == value) {
-            return &row;
-        }
-    }
-    return nullptr;
+bool sameEntry(const Record& a, const Record& b) {
+    return a.text(keys::kBrowserName) == b.text(keys::kBrowserName) &&
+           a.text(keys::kBrowserIcon) == b.text(keys::kBrowserIcon);
 }
 
-bool sameEntry(const Record& a, const Record& b) {
-    return a.text("NameBrowser") == b.text("NameBrowser") && a.text("iconBrowser") == b.text("iconBrowser");
+bool runs(const Browser& browser, const std::set<std::string>& running) {
+    return std::ranges::any_of(browser.processNames,
+                               [&](std::string_view name) { return running.contains(std::string(name)); });
 }
 
 class EntryList {
 public:
     EntryList(const DiskRoot& disk, const RunningApplications& running)
-        : m_disk(disk), m_running(running.launchedApplicationNames()) {}
+        : m_disk(disk), m_running(running.runningAmong(browserProcessNames(disk.layout()))) {}
 
-    [[nodiscard]] bool runs(const BrowserRow& browser) const {
-        return m_running.contains(std::string(browser.applicationName));
-    }
-    void addIfRunning(const BrowserRow& browser) {
-        if (runs(browser)) {
-            m_entries.push_back(makeBrowserEntry(browser, m_disk));
+    void addIfRunning(const Browser& browser) {
+        if (runs(browser, m_running)) {
+            m_entries.push_back(browserPanelEntry(browser, m_disk));
         }
     }
     // An adult-history item's browser is listed once, however many items and sections name it.
-    void addOnceIfRunning(const BrowserRow& browser) {
-        const RecordPtr entry = makeBrowserEntry(browser, m_disk);
+    void addOnceIfRunning(const Browser& browser) {
+        const RecordPtr entry = browserPanelEntry(browser, m_disk);
         if (std::ranges::any_of(m_entries, [&](const RecordPtr& listed) { return sameEntry(*listed, *entry); })) {
             logLine("Not added");
-        } else if (runs(browser)) {
+        } else if (runs(browser, m_running)) {
             m_entries.push_back(entry);
         }
     }
-    [[nodiscard]] const RecordList& entries() const { return m_entries; }
+    RecordList take() { return std::move(m_entries); }
 
 private:
     const DiskRoot& m_disk;
@@ -53,80 +49,55 @@ private:
     RecordList m_entries;
 };
 
-void addRunningBrowsers(EntryList& list, const RecordList* sections, bool lookIntoAdultHistory) {
-    if (sections == nullptr) {
-        for (const std::string_view name : {"Safari", "Chrome", "Firefox"}) {
-            list.addIfRunning(*rowWhere(&BrowserRow::sectionName, name));
-        }
-        return;
-    }
-    for (const RecordPtr& section : *sections) {
-        const std::string& name = section->text("Name");
-        if (const BrowserRow* browser = rowWhere(&BrowserRow::sectionName, name)) {
-            list.addIfRunning(*browser);
-        } else if (lookIntoAdultHistory && name == "Adult History") {
-            if (const RecordList* items = section->list("List")) {
-                for (const RecordPtr& item : *items) {
-                    if (const BrowserRow* named = rowWhere(&BrowserRow::adultItemName, item->text("NameText"))) {
-                        list.addOnceIfRunning(*named);
-                    }
+RecordList browsersOf(const RecordList& sections, const DiskRoot& disk, const RunningApplications& running,
+                      bool lookIntoAdultHistory) {
+    EntryList list(disk, running);
+    for (const Section& section : sectionsOf(sections)) {
+        if (section.kind() == RecordKind::SourceSection && section.browser() != nullptr) {
+            list.addIfRunning(*section.browser());
+        } else if (lookIntoAdultHistory && section.kind() == RecordKind::AdultHistorySection) {
+            for (const Item& item : section.items()) {
+                if (item.browser() != nullptr) {
+                    list.addOnceIfRunning(*item.browser());
                 }
             }
         }
     }
-}
-
-// True when no browser is listed; otherwise the panel shows the list.
-bool noneListed(const EntryList& list, const std::function<void(const RecordList&)>& show) {
-    if (list.entries().empty()) {
-        return true;
-    }
-    if (show) {
-        show(list.entries());
-    }
-    return false;
+    return list.take();
 }
 
 } // namespace
 
-const std::array<BrowserRow, 3>& browserTable() {
-    static const std::array<BrowserRow, 3> kTable{{
-        {"Chrome", "Google Chrome Adult History", "Google Chrome", "Chrome", "/Applications/Google Chrome.app"},
-        {"Safari", "Safari Adult History", "Safari", "Safari", "/Applications/Safari.app"},
-        {"Firefox", "Firefox Adult History", "Firefox", "Firefox", "/Applications/Firefox.app"},
-    }};
-    return kTable;
-}
-
-RecordPtr makeBrowserEntry(const BrowserRow& browser, const DiskRoot& disk) {
-    return makeRecord({{"NameBrowser", std::string(browser.entryName)}, {"iconBrowser", disk.resolve(browser.bundle)}});
+RecordPtr browserPanelEntry(const Browser& browser, const DiskRoot& disk) {
+    return makeRecord(
+        {{keys::kBrowserName, std::string(browser.name)}, {keys::kBrowserIcon, disk.resolve(browser.application)}},
+        {RecordKind::BrowserEntry, &browser, browser.icon});
 }
 
 RecordList tickedSections(const RecordList& catalogue) {
     RecordList ticked;
-    for (const RecordPtr& section : catalogue) {
-        if (isNotFalse(*section, "isChecked")) {
-            ticked.push_back(section);
+    for (const Section& section : sectionsOf(catalogue)) {
+        if (section.isNotUnticked()) {
+            ticked.push_back(section.record());
         }
     }
     return ticked;
 }
 
-bool forceQuitBrowsers(const RecordList* sections, const DiskRoot& disk, const RunningApplications& running,
-                       const BrowserPanel& panel) {
-    if (!panel.confirm || !panel.confirm()) {
-        return false;
-    }
-    EntryList list(disk, running);
-    addRunningBrowsers(list, sections, true);
-    return noneListed(list, panel.displayPanel);
+RecordList browsersInTheWay(const RecordList& sections, const DiskRoot& disk, const RunningApplications& running) {
+    return browsersOf(sections, disk, running, true);
 }
 
-bool tryAgain(const RecordList* sections, const DiskRoot& disk, const RunningApplications& running,
-              const BrowserPanel& panel) {
-    EntryList list(disk, running);
-    addRunningBrowsers(list, sections, false);
-    return noneListed(list, panel.reloadPanel);
+RecordList browsersStillInTheWay(const RecordList& sections, const DiskRoot& disk, const RunningApplications& running) {
+    return browsersOf(sections, disk, running, false);
+}
+
+std::vector<const Browser*> runningBrowsers(const DiskLayout& layout, const RunningApplications& running) {
+    const std::set<std::string> names = running.runningAmong(browserProcessNames(layout));
+    std::vector<const Browser*> found;
+    std::ranges::copy_if(layout.browsers, std::back_inserter(found),
+                         [&](const Browser* browser) { return runs(*browser, names); });
+    return found;
 }
 
 } // namespace tidewell

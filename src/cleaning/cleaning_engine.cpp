@@ -1,33 +1,32 @@
 #include "cleaning/cleaning_engine.hpp"
 
-#include <string_view>
 #include <utility>
 
-#include "platform/log.hpp"
+#include "base/log.hpp"
+#include "catalogue/record_views.hpp"
 
 namespace tidewell {
 
-namespace {
-
-using PurgeRoutine = CleanOutcome (*)(const FileUrl&, const PurgeContext&);
-
-PurgeRoutine routineFor(std::string_view nameText) {
-    if (nameText == "Google Chrome Adult History") {
-        return deleteChromeAdultHistory;
-    }
-    if (nameText == "Safari Adult History") {
-        return deleteSafariAdultHistory;
-    }
-    if (nameText == "Firefox Adult History") {
-        return deleteFireFoxAdultHistory;
-    }
-    return nullptr;
-}
-
-} // namespace
-
 DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk) {
     return DeletionBoundary(grant.path, FolderIdentity{grant.device, grant.inode}, disk.homePath());
+}
+
+CleanPlan planClean(const RecordList& sections) {
+    CleanPlan plan;
+    for (const Section& section : sectionsOf(sections)) {
+        for (const Item& item : section.items()) {
+            if (!item.isTicked()) {
+                continue;
+            }
+            if (const UrlList* locations = item.locations()) {
+                plan.push_back({*locations});
+            } else if (const FileUrl* database = item.historyDatabase();
+                       database != nullptr && item.kind() == RecordKind::HistoryItem && item.browser() != nullptr) {
+                plan.push_back({{}, item.browser()->history, *database});
+            }
+        }
+    }
+    return plan;
 }
 
 CleaningEngine::CleaningEngine(CleanMode mode, DeletionBoundary boundary, AdultWords words)
@@ -47,53 +46,45 @@ AdultWords CleaningEngine::adultWords() const {
     return m_words;
 }
 
-void CleaningEngine::cleanSelected(const RecordList& sections) {
+void CleaningEngine::clean(const CleanPlan& plan, const CleanProgress& progress) {
     if (m_mode == CleanMode::RealTime) {
         logLine("Remove Start");
         reapFinishedTasks();
     }
-    RecordList items;
-    for (const RecordPtr& section : sections) {
-        if (const RecordList* list = section->list("List")) {
-            items.insert(items.end(), list->begin(), list->end());
-        }
+    std::size_t total = 0;
+    for (const CleanStep& step : plan) {
+        total += step.history != nullptr ? 1 : step.locations.size();
     }
-    for (const RecordPtr& item : items) {
-        if (!isTrue(*item, "isChecked")) {
+    std::size_t done = 0;
+    const auto advance = [&] {
+        if (progress) {
+            progress(++done, total);
+        }
+    };
+    for (const CleanStep& step : plan) {
+        if (step.history != nullptr) {
+            purge(*step.history, step.database);
+            advance();
             continue;
         }
-        if (item->has("AllList")) {
-            if (const UrlList* locations = item->urls("AllList")) {
-                CleanOutcome outcome;
-                for (const FileUrl& location : *locations) {
-                    removeInto(outcome, m_boundary, location);
-                }
-                record(std::move(outcome));
-            }
-        } else if (item->has("Path")) {
-            purge(item);
+        CleanOutcome outcome;
+        for (const FileUrl& location : step.locations) {
+            removeInto(outcome, m_boundary, location);
+            advance();
         }
+        record(std::move(outcome));
     }
 }
 
-void CleaningEngine::purge(const RecordPtr& item) {
-    const PurgeRoutine routine = routineFor(item->text("NameText"));
-    if (routine == nullptr) {
-        return;
-    }
+void CleaningEngine::purge(const HistorySchema& schema, const FileUrl& database) {
     const AdultWords words = adultWords();
     if (m_mode == CleanMode::Interactive) {
-        if (const FileUrl* path = item->url("Path")) {
-            record(routine(*path, PurgeContext{words, m_boundary, m_mode}));
-        }
+        record(purgeHistory(schema, database, PurgeContext{words, m_boundary, m_mode}));
         return;
     }
     auto done = std::make_shared<std::atomic<bool>>(false);
-    std::jthread thread([this, item, words, routine, done] {
-        // The "Path" is read when the task runs, not when it is queued.
-        if (const FileUrl* path = item->url("Path")) {
-            record(routine(*path, PurgeContext{words, m_boundary, m_mode}));
-        }
+    std::jthread thread([this, words, &schema, database, done] {
+        record(purgeHistory(schema, database, PurgeContext{words, m_boundary, m_mode}));
         done->store(true);
     });
     const std::lock_guard lock(m_mutex);

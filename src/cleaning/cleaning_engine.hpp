@@ -1,18 +1,19 @@
 #pragma once
 
 #include <atomic>
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <mutex>
 #include <thread>
 #include <vector>
 
-#include "catalogue/disk_root.hpp"
 #include "catalogue/records.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/clean_outcome.hpp"
 #include "cleaning/history_purge.hpp"
 #include "cleaning/safe_remove.hpp"
+#include "layout/disk_root.hpp"
 #include "platform/folder_grant.hpp"
 
 namespace tidewell {
@@ -21,22 +22,39 @@ namespace tidewell {
 /// granted, with the home as the catalogue writes it reached through its real place inside that folder.
 [[nodiscard]] DeletionBoundary boundaryOfGrant(const FolderGrant& grant, const DiskRoot& disk);
 
-/// The deletion step of the cleaning: `cleanSelected` of the window (Interactive) and `cleanSelected:` of the
-/// hourly purge (RealTime), one engine whose mode carries their differences.
+/// One step of a clean: the locations of an item to remove, or a history database to purge with its browser's
+/// schema.
+struct CleanStep {
+    UrlList locations;
+    const HistorySchema* history = nullptr;
+    FileUrl database = {};
+};
+
+/// What a clean will do, read from the catalogue's records on the thread that owns them, so that the clean itself
+/// may run on another thread while the records change. The sections' own ticks are not consulted: every section's
+/// "List" is taken, in catalogue order (a record without one, the promotion row, gives nothing), and each item whose
+/// "isChecked" is exactly true is a step, in order:
+/// - an item with an "AllList" (even an empty one) removes its locations;
+/// - otherwise an Adult History item purges its "Path" with its browser's history schema; an item of no browser,
+///   or without a "Path", is passed over.
+using CleanPlan = std::vector<CleanStep>;
+[[nodiscard]] CleanPlan planClean(const RecordList& sections);
+
+/// How far a clean has come: steps' locations and databases done, out of all of them. Called on the cleaning thread
+/// after each.
+using CleanProgress = std::function<void(std::size_t done, std::size_t total)>;
+
+/// The deletion step of the cleaning, for the Clean of both faces (Interactive) and the hourly purge (RealTime): one
+/// engine whose mode carries their differences.
 ///
-/// Both delete the same things. The sections' own ticks are not consulted: every section's "List" is taken, in
-/// catalogue order (a record without one, the promotion row, gives nothing), and each item whose "isChecked" is
-/// exactly true is cleaned in order:
-/// - an item with an "AllList" (even an empty one) has each of its locations removed through the boundary (see
-///   removeItem); a location that cannot be removed is left as it was and the rest still goes, and a location
-///   already gone is passed over;
-/// - otherwise an item with a "Path" goes to the purge routine its "NameText" names ("Google Chrome Adult
-///   History", "Safari Adult History", "Firefox Adult History"); an item with another name is passed over.
+/// Both delete the same things: each step's locations are removed through the boundary (see removeItem), a location
+/// that cannot be removed is left as it was and the rest still goes, and a location already gone is passed over;
+/// each history database is purged (see purgeHistory).
 ///
-/// Interactive: the routines run at once, in item order, on the calling thread.
-/// RealTime: "Remove Start" is logged first (even when nothing is ticked), and each routine runs as a task of its
-/// own, concurrently, reading the item's "Path" when it starts; `cleanSelected` may return before they end. The
-/// engine owns its tasks: `joinAll` waits for them, and so does the destructor.
+/// Interactive: the purges run at once, in step order, on the calling thread, which may be any thread.
+/// RealTime: "Remove Start" is logged first (even when nothing is ticked), and each purge runs as a task of its
+/// own, concurrently; `clean` may return before they end. The engine owns its tasks: `joinAll` waits for them, and
+/// so does the destructor.
 ///
 /// What every removal and purge came to is gathered in one CleanOutcome, which `joinAll` hands over.
 class CleaningEngine {
@@ -49,8 +67,7 @@ public:
     [[nodiscard]] CleanMode mode() const { return m_mode; }
     [[nodiscard]] const DeletionBoundary& boundary() const { return m_boundary; }
 
-    /// `adultWords`: the list the purge routines use from now on. Tasks already started keep the list they began
-    /// with.
+    /// The word list the purges use from now on. Tasks already started keep the list they began with.
     void setAdultWords(AdultWords words);
     [[nodiscard]] AdultWords adultWords() const;
 
@@ -59,8 +76,10 @@ public:
     using LeftReporter = std::function<void(const LeftAsItWas&)>;
     void setLeftReporter(LeftReporter reporter) { m_reporter = std::move(reporter); }
 
-    /// Cleans what is ticked in sections, as described above.
-    void cleanSelected(const RecordList& sections);
+    /// Carries out a plan, as described above.
+    void clean(const CleanPlan& plan, const CleanProgress& progress = {});
+    /// Cleans what is ticked in sections: the plan of planClean, at once.
+    void cleanTicked(const RecordList& sections) { clean(planClean(sections)); }
 
     /// Waits until every purge task started so far has ended, and hands over the outcome of everything cleaned
     /// since the last call.
@@ -72,7 +91,7 @@ private:
         std::shared_ptr<std::atomic<bool>> done;
     };
 
-    void purge(const RecordPtr& item);
+    void purge(const HistorySchema& schema, const FileUrl& database);
     void reapFinishedTasks();
 
     // Adds what one removal or purge came to, telling the reporter what was left.

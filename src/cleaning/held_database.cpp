@@ -12,7 +12,7 @@
 #include <optional>
 #include <set>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 
 namespace tidewell {
 

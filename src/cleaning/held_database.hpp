@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "cleaning/clean_outcome.hpp"
 
 namespace tidewell {

@@ -7,23 +7,12 @@
 #include <string>
 #include <vector>
 
+#include "base/log.hpp"
 #include "cleaning/held_database.hpp"
-#include "platform/log.hpp"
 
 namespace tidewell {
 
 namespace {
-
-struct HistoryTable {
-    const char* table;
-    const char* logFromWindow;
-    const char* logFromHourlyPurge;
-    bool sessionFiles; // Chrome keeps its open tabs beside the database
-};
-
-constexpr HistoryTable kSafariHistory{"history_items", "Safari Deleted", "Safari Deleted", false};
-constexpr HistoryTable kChromeHistory{"urls", "Chrome Deleted", "Chrome Deleted", true};
-constexpr HistoryTable kFirefoxHistory{"moz_places", "Chrome Deleted", "Firefox Deleted", false};
 
 struct StatementFinalizer {
     void operator()(sqlite3_stmt* statement) const { sqlite3_finalize(statement); }
@@ -74,11 +63,11 @@ struct Purged {
 
 // The rows of the table whose URL holds a word, by their 64-bit row ids; an error code when the table cannot be
 // read to its end.
-std::expected<std::vector<std::int64_t>, int> matchingRows(sqlite3* db, const HistoryTable& history,
+std::expected<std::vector<std::int64_t>, int> matchingRows(sqlite3* db, const HistorySchema& history,
                                                            const WordMatcher& matcher) {
     const bool blobs = likeMatchesBlobs(db);
     int rc = SQLITE_OK;
-    const Statement rows = prepare(db, std::string("SELECT rowid, url FROM ") + history.table, rc);
+    const Statement rows = prepare(db, "SELECT rowid, url FROM " + std::string(history.table), rc);
     if (!rows) {
         return std::unexpected(rc);
     }
@@ -101,7 +90,7 @@ std::expected<std::vector<std::int64_t>, int> matchingRows(sqlite3* db, const Hi
 }
 
 // The purge of one open database, all or nothing: any step that fails rolls the transaction back and says why.
-std::expected<Purged, DatabaseFailure> purgeOpenDatabase(const HeldDatabase& held, const HistoryTable& history,
+std::expected<Purged, DatabaseFailure> purgeOpenDatabase(const HeldDatabase& held, const HistorySchema& history,
                                                          const WordMatcher& matcher) {
     sqlite3* db = held.get();
     // A history database is another program's file: no longer than this is waited for while it holds a lock.
@@ -141,7 +130,7 @@ std::expected<Purged, DatabaseFailure> purgeOpenDatabase(const HeldDatabase& hel
     Purged purged;
     if (!found->empty()) {
         int rc = SQLITE_OK;
-        const Statement remove = prepare(db, std::string("DELETE FROM ") + history.table + " WHERE rowid = ?1", rc);
+        const Statement remove = prepare(db, "DELETE FROM " + std::string(history.table) + " WHERE rowid = ?1", rc);
         if (!remove) {
             return rollBack(rc);
         }
@@ -179,7 +168,7 @@ std::string folderOf(const std::string& path) {
 
 // Purges a database that opened; the connection closes when this returns. With no words there is nothing to look
 // for, which is done at once.
-std::expected<Purged, DatabaseFailure> purgeDatabase(HeldDatabase database, const HistoryTable& history,
+std::expected<Purged, DatabaseFailure> purgeDatabase(HeldDatabase database, const HistorySchema& history,
                                                      const AdultWords& words) {
     if (!words || words->matcher().empty()) {
         return Purged{};
@@ -187,7 +176,9 @@ std::expected<Purged, DatabaseFailure> purgeDatabase(HeldDatabase database, cons
     return purgeOpenDatabase(database, history, words->matcher());
 }
 
-CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path, const PurgeContext& context) {
+} // namespace
+
+CleanOutcome purgeHistory(const HistorySchema& history, const FileUrl& path, const PurgeContext& context) {
     CleanOutcome outcome;
     const std::optional<std::vector<std::string>> components = context.boundary.componentsInside(path.path);
     if (!components) {
@@ -232,20 +223,6 @@ CleanOutcome deleteAdultHistory(const HistoryTable& history, const FileUrl& path
         logLine(context.mode == CleanMode::Interactive ? history.logFromWindow : history.logFromHourlyPurge);
     }
     return outcome;
-}
-
-} // namespace
-
-CleanOutcome deleteSafariAdultHistory(const FileUrl& path, const PurgeContext& context) {
-    return deleteAdultHistory(kSafariHistory, path, context);
-}
-
-CleanOutcome deleteChromeAdultHistory(const FileUrl& path, const PurgeContext& context) {
-    return deleteAdultHistory(kChromeHistory, path, context);
-}
-
-CleanOutcome deleteFireFoxAdultHistory(const FileUrl& path, const PurgeContext& context) {
-    return deleteAdultHistory(kFirefoxHistory, path, context);
 }
 
 } // namespace tidewell

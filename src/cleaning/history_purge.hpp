@@ -2,16 +2,17 @@
 
 #include <chrono>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/clean_outcome.hpp"
 #include "cleaning/safe_remove.hpp"
+#include "layout/browsers.hpp"
 
 namespace tidewell {
 
-/// Who cleans: the window's Clean and Retry (`ToolsViewController`: everything at once, in item order) or the
-/// hourly purge (`AppDelegate`: "Remove Start" first, one task per history database). The two differ only in
-/// these respects and in one log text of the Firefox routine.
+/// Who cleans: the window's or the command line's Clean (everything at once, in item order) or the hourly purge
+/// ("Remove Start" first, one task per history database). The two differ only in these respects and in one log
+/// text of the Firefox purge.
 enum class CleanMode { Interactive, RealTime };
 
 /// What a history purge routine is given: the word list of its caller, the folder it may change things in, and
@@ -22,9 +23,9 @@ struct PurgeContext {
     CleanMode mode = CleanMode::Interactive;
 };
 
-// The three routines of the adult-history purge. Each is given the file URL of a browser's history database
-// (an item's "Path") and removes from the browser's table of visited URLs exactly the rows whose URL holds a word
-// of the list as literal text, the case of ASCII letters aside:
+// The purge of adult-site visits. It is given the file URL of a browser's history database (an Adult History
+// item's "Path") and the browser's history schema, and removes from the schema's table of visited URLs exactly the
+// rows whose URL holds a word of the list as literal text, the case of ASCII letters aside:
 // - "%", "_", "'", "\" and '"' are ordinary characters, and bytes beyond ASCII compare as they are; the empty word
 //   matches nothing; a URL is its text (a number as its text, a BLOB as its bytes where this SQLite's LIKE reads
 //   them) up to its first NUL byte, and a NULL URL never matches;
@@ -42,20 +43,16 @@ struct PurgeContext {
 // program's open snapshot keeps readable for now. A purge killed at any moment leaves the database either as
 // before or as after it.
 //
-// Each routine logs its text when its purge was committed or had nothing to do: "Safari Deleted", "Chrome
-// Deleted", and for Firefox "Chrome Deleted" from the window and "Firefox Deleted" from the hourly purge. A purge
-// that left its database as it was logs nothing of the kind: the outcome says why instead.
+// A purge logs the schema's text for its caller when it was committed or had nothing to do: on a macOS disk
+// "Safari Deleted", "Chrome Deleted", and for Firefox "Chrome Deleted" from the window and "Firefox Deleted" from
+// the hourly purge. A purge that left its database as it was logs nothing of the kind: the outcome says why
+// instead. With schema.sessionFiles (Chrome), "Current Session" and "Current Tabs" beside the database are removed
+// afterwards, whether or not a row matched (also when the database is missing), through the same boundary as every
+// removal, as long as the database's folder was reached and the database could be opened or was missing.
 
 /// How long a purge waits for a browser's lock on its history database before it leaves the database alone.
 inline constexpr std::chrono::milliseconds kHistoryBusyTimeout{1500};
 
-/// Safari: `history_items`.
-CleanOutcome deleteSafariAdultHistory(const FileUrl& path, const PurgeContext& context);
-/// Chrome: `urls`; afterwards "Current Session" and "Current Tabs" beside the database are removed, whether or
-/// not a row matched (also when the database is missing), through the same boundary as every removal, as long as
-/// the database's folder was reached and the database could be opened or was missing.
-CleanOutcome deleteChromeAdultHistory(const FileUrl& path, const PurgeContext& context);
-/// Firefox: `moz_places`.
-CleanOutcome deleteFireFoxAdultHistory(const FileUrl& path, const PurgeContext& context);
+CleanOutcome purgeHistory(const HistorySchema& schema, const FileUrl& database, const PurgeContext& context);
 
 } // namespace tidewell

@@ -10,7 +10,7 @@
 #include <set>
 #include <span>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 namespace tidewell {
 

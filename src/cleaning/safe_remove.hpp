@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "catalogue/file_url.hpp"
-#include "catalogue/held_folder.hpp"
+#include "base/file_url.hpp"
+#include "base/held_folder.hpp"
 #include "cleaning/clean_outcome.hpp"
 
 namespace tidewell {

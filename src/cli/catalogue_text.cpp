@@ -5,7 +5,8 @@
 
 #include <ostream>
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
+#include "catalogue/record_views.hpp"
 
 namespace tidewell::cli {
 
@@ -13,31 +14,32 @@ namespace {
 
 constexpr int kNameWidth = 52;
 
-} // namespace
-
-const char* tickMark(const Record& record) {
-    const auto tick = record.number("isChecked");
-    if (!tick || *tick == 0) {
-        return "[ ]";
+const char* tickMark(Tick tick) {
+    switch (tick) {
+    case Tick::On:
+        return "[x]";
+    case Tick::Mixed:
+        return "[-]";
+    case Tick::Off:
+        break;
     }
-    return *tick == 1 ? "[x]" : "[-]";
+    return "[ ]";
 }
 
-void printSection(std::ostream& out, const Record& section) {
-    if (section.has("Type")) {
-        fmt::print(out, "    Thornsweep: Detects and Removes Adware\n");
+} // namespace
+
+void printSection(std::ostream& out, const RecordPtr& record) {
+    const Section section(record);
+    if (section.isPromotion()) {
+        fmt::print(out, "    Thornsweep: {}\n", section.summary());
         return;
     }
-    fmt::print(out, "{} {:<{}} {:>10}\n", tickMark(section), section.text("Name"), kNameWidth + 4,
-               section.text("Size"));
+    fmt::print(out, "{} {:<{}} {:>10}\n", tickMark(section.tick()), section.name(), kNameWidth + 4, section.sizeText());
     // In a grouped section the rows with locations belong to the caption above them, and are shown under it.
-    const bool grouped = section.flag("isFromThornsweep");
-    if (const RecordList* items = section.list("List")) {
-        for (const RecordPtr& item : *items) {
-            const int indent = grouped && item->flag("isHeader") ? 2 : 0;
-            fmt::print(out, "    {:{}}{} {:<{}} {:>10}\n", "", indent, tickMark(*item), item->text("NameText"),
-                       kNameWidth - indent, item->text("sizeText"));
-        }
+    for (const Item& item : section.items()) {
+        const int indent = section.isGrouped() && !item.isCaption() ? 2 : 0;
+        fmt::print(out, "    {:{}}{} {:<{}} {:>10}\n", "", indent, tickMark(item.tick()), item.name(),
+                   kNameWidth - indent, item.sizeText());
     }
 }
 

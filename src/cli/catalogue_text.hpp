@@ -7,15 +7,12 @@
 
 namespace tidewell::cli {
 
-/// A section as the text mode shows it: its tick, name and size on one line, then one line per item with its
-/// tick and size; in a grouped section (Browser Extensions) the rows under a caption are indented a little more.
-/// The promotion row is one line of its own.
-void printSection(std::ostream& out, const Record& section);
+/// A section as the text mode shows it: its tick ("[x]" on, "[ ]" off, "[-]" mixed), name and size on one line,
+/// then one line per item with its tick and size; in a grouped section (Browser Extensions) the rows under a
+/// caption are indented a little more. The promotion row is one line of its own.
+void printSection(std::ostream& out, const RecordPtr& section);
 
 /// The closing line of a scan: the measured total and the number of sections.
 void printTotal(std::ostream& out, std::int64_t bytes, std::size_t sections);
-
-/// The tick as a check box would show it: "[x]" on, "[ ]" off or absent, "[-]" mixed.
-[[nodiscard]] const char* tickMark(const Record& record);
 
 } // namespace tidewell::cli

@@ -8,7 +8,7 @@
 
 #include "cli/command.hpp"
 #include "cli/help_text.hpp"
-#include "platform/log.hpp"
+#include "base/log.hpp"
 #include "version.hpp"
 
 namespace tidewell::cli {

@@ -5,12 +5,12 @@
 #include <thread>
 
 #include "catalogue/record_json.hpp"
+#include "catalogue/record_keys.hpp"
 #include "cleaning/adult_words.hpp"
-#include "cleaning/browser_check.hpp"
-#include "cleaning/cleaning_engine.hpp"
 #include "cli/catalogue_text.hpp"
 #include "cli/command.hpp"
 #include "cli/scan_session.hpp"
+#include "flows/clean_flow.hpp"
 #include "sources/builders.hpp"
 
 namespace tidewell::cli {
@@ -39,13 +39,50 @@ bool askOnTerminal(CliIo& io) {
     return answer == "y" || answer == "yes";
 }
 
-std::string entryNames(const RecordList& entries) {
-    std::string names;
-    for (const RecordPtr& entry : entries) {
-        names += (names.empty() ? "" : ", ") + entry->text("NameBrowser");
+// The clean as the command line does it: the question on the terminal, the running browsers named on the error
+// stream, the new catalogue printed after the rescan.
+class TerminalClean final : public CleanFace {
+public:
+    TerminalClean(CommandContext& context, ScanSession& session, bool yes, bool json)
+        : m_context(context), m_session(session), m_yes(yes), m_json(json) {}
+
+    bool confirm() override { return m_yes || askOnTerminal(m_context.io); }
+    void showBrowsersInTheWay(const RecordList& entries) override {
+        std::string names;
+        for (const RecordPtr& entry : entries) {
+            names += (names.empty() ? "" : ", ") + entry->text(keys::kBrowserName);
+        }
+        m_context.io.err << "Close these browsers to continue: " << names << '\n';
     }
-    return names;
-}
+    // The home is resolved once for the clean and held: every location is reached below that open folder.
+    DeletionBoundary deletionBoundary() override { return DeletionBoundary(m_context.disk.homePath()); }
+    void reportLeft(const LeftAsItWas& left) override { cli::reportLeft(m_context.io, left); }
+    void rescan() override {
+        m_showing = true;
+        m_session.scan();
+    }
+    void reportCleaned(const CleanOutcome& outcome) override {
+        CliIo& io = m_context.io;
+        if (m_json) {
+            io.out << toJson(m_session.catalogue().snapshot()).dump(2) << '\n';
+        } else {
+            printTotal(io.out, m_session.driver().measuredBytes(), m_session.catalogue().size());
+        }
+        m_leftSomething = outcome.leftAnything();
+    }
+
+    // The rescan's sections are printed as they come, unless the catalogue is printed as JSON at the end.
+    [[nodiscard]] bool showsSections() const { return m_showing && !m_json; }
+    [[nodiscard]] bool leftSomething() const { return m_leftSomething; }
+
+private:
+    CommandContext& m_context;
+    ScanSession& m_session;
+    bool m_yes;
+    bool m_json;
+    bool m_showing = false;
+    bool m_leftSomething = false;
+};
 
 } // namespace
 
@@ -65,10 +102,10 @@ CommandRunner addCleanCommand(CLI::App& app) {
             return static_cast<int>(kExitUsage);
         }
         CliIo& io = context.io;
-        bool showing = false;
-        ScanSession session(context.disk, standardBuilders(), [&](const RecordPtr& section) {
-            if (showing && !*json) {
-                printSection(io.out, *section);
+        const TerminalClean* face = nullptr;
+        ScanSession session(context.disk, sectionBuilders(context.disk.layout()), [&](const RecordPtr& section) {
+            if (face != nullptr && face->showsSections()) {
+                printSection(io.out, section);
                 io.out.flush();
             }
         });
@@ -77,53 +114,26 @@ CommandRunner addCleanCommand(CLI::App& app) {
             return reportUsageError(io, applied.error());
         }
 
-        // The Clean button's path: confirmation, then the browsers whose data is to go must not run.
-        const RecordList sections = tickedSections(session.catalogue().snapshot());
+        TerminalClean terminal(context, session, *yes, *json);
+        face = &terminal;
         std::unique_ptr<RunningApplications> system;
-        const RunningApplications& running = runningApplications(io, system);
-        bool declined = false;
-        const BrowserPanel panel{
-            .confirm =
-                [&] {
-                    declined = !(*yes || askOnTerminal(io));
-                    return !declined;
-                },
-            .displayPanel =
-                [&](const RecordList& entries) {
-                    io.err << "Close these browsers to continue: " << entryNames(entries) << '\n';
-                },
-            .reloadPanel = [](const RecordList&) {},
-        };
-        if (!forceQuitBrowsers(&sections, context.disk, running, panel)) {
-            if (declined) {
-                return static_cast<int>(kExitDeclined);
-            }
-            if (!*wait) {
-                return static_cast<int>(kExitBrowsersRunning);
-            }
-            do {
-                if (io.pause) {
-                    io.pause(kRetryInterval);
-                } else {
-                    std::this_thread::sleep_for(kRetryInterval);
-                }
-            } while (!tryAgain(&sections, context.disk, running, panel));
+        CleanFlow flow(context.disk, runningApplications(io, system), terminal, loadAdultWords());
+        flow.start(session.catalogue().snapshot());
+        if (flow.state() == CleanFlow::State::WaitingForBrowsers && !*wait) {
+            return static_cast<int>(kExitBrowsersRunning);
         }
-
-        // The home is resolved once for the clean and held: every location is reached below that open folder.
-        CleaningEngine engine(CleanMode::Interactive, DeletionBoundary(context.disk.homePath()), loadAdultWords());
-        engine.setLeftReporter([&io](const LeftAsItWas& left) { reportLeft(io, left); });
-        engine.cleanSelected(session.catalogue().snapshot());
-        const bool leftSomething = engine.joinAll().leftAnything();
-
-        showing = true;
-        session.scan();
-        if (*json) {
-            io.out << toJson(session.catalogue().snapshot()).dump(2) << '\n';
-        } else {
-            printTotal(io.out, session.driver().measuredBytes(), session.catalogue().size());
+        while (flow.state() == CleanFlow::State::WaitingForBrowsers) {
+            if (io.pause) {
+                io.pause(kRetryInterval);
+            } else {
+                std::this_thread::sleep_for(kRetryInterval);
+            }
+            flow.retry();
         }
-        return static_cast<int>(leftSomething ? kExitLeft : kExitOk);
+        if (flow.state() == CleanFlow::State::Declined) {
+            return static_cast<int>(kExitDeclined);
+        }
+        return static_cast<int>(terminal.leftSomething() ? kExitLeft : kExitOk);
     };
 }
 

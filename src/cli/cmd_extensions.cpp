@@ -3,22 +3,70 @@
 
 #include <ostream>
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
 #include "catalogue/record_json.hpp"
+#include "catalogue/record_keys.hpp"
 #include "cli/command.hpp"
-#include "inventory/privacy_scan.hpp"
+#include "inventory/inventories.hpp"
 
 namespace tidewell::cli {
 
 namespace {
+
+// One browser's extensions as listed: extension records (none when a Chrome-family browser has no profile
+// registry), or the entries of Safari's extensions folder.
+struct Listed {
+    const Browser* browser;
+    std::optional<RecordList> records;
+    UrlList entries;
+};
+
+std::vector<Listed> listExtensions(const DiskRoot& disk, SizeCounter& sizes) {
+    // The Chrome family first, then Firefox's, then Safari's, each in the layout's order.
+    std::vector<Listed> listed;
+    for (const BrowserFamily family : {BrowserFamily::Chrome, BrowserFamily::Firefox, BrowserFamily::Safari}) {
+        for (const Browser* browser : disk.layout().browsers) {
+            if (browser->family != family) {
+                continue;
+            }
+            switch (family) {
+            case BrowserFamily::Chrome:
+                listed.push_back({browser, chromeExtensions(disk, *browser, sizes), {}});
+                break;
+            case BrowserFamily::Firefox: {
+                RecordList records;
+                for (FirefoxExtension& extension : firefoxExtensions(disk, *browser, sizes)) {
+                    records.push_back(std::move(extension.record));
+                }
+                listed.push_back({browser, std::move(records), {}});
+                break;
+            }
+            case BrowserFamily::Safari:
+                listed.push_back({browser, std::nullopt, safariExtensions(disk, *browser)});
+                break;
+            }
+        }
+    }
+    return listed;
+}
 
 void printRecords(std::ostream& out, const RecordList& records) {
     if (records.empty()) {
         fmt::print(out, "    none\n");
     }
     for (const RecordPtr& record : records) {
-        fmt::print(out, "    {}  v{}  ({})  {}\n", record->text("nameExt"), record->text("verExt"),
-                   record->text("PersonExt"), formatByteCount(record->number("sizeExt").value_or(0)));
+        fmt::print(out, "    {}  v{}  ({})  {}\n", record->text(keys::kExtensionName),
+                   record->text(keys::kExtensionVersion), record->text(keys::kExtensionProfile),
+                   formatByteCount(record->number(keys::kExtensionSize).value_or(0)));
+    }
+}
+
+void printEntries(std::ostream& out, const UrlList& entries) {
+    if (entries.empty()) {
+        fmt::print(out, "    none\n");
+    }
+    for (const FileUrl& entry : entries) {
+        fmt::print(out, "    {}\n", entry.path);
     }
 }
 
@@ -35,31 +83,29 @@ CommandRunner addExtensionsCommand(CLI::App& app) {
         }
         std::ostream& out = context.io.out;
         SizeCounter sizes(SizeCounter::defaultWorkers(), {}, HeldFolder(context.disk.homePath()));
-        const std::optional<RecordList> chrome = PrivacyScan::getChromeExtantionList(context.disk, sizes);
-        const RecordList firefox = PrivacyScan::getFirefoxExtantionList(context.disk, sizes);
-        const UrlList safari = PrivacyScan::getSafariExtantionList(context.disk);
+        const std::vector<Listed> listed = listExtensions(context.disk, sizes);
         if (*json) {
-            const nlohmann::ordered_json all = {{"chrome", chrome ? toJson(*chrome) : nlohmann::ordered_json()},
-                                                {"firefox", toJson(firefox)},
-                                                {"safari", toJson(safari)}};
+            auto all = nlohmann::ordered_json::object();
+            for (const Listed& browser : listed) {
+                all[std::string(browser.browser->key)] = browser.browser->family == BrowserFamily::Safari
+                                                             ? toJson(browser.entries)
+                                                         : browser.records ? toJson(*browser.records)
+                                                                           : nlohmann::ordered_json();
+            }
             out << all.dump(2) << '\n';
             return static_cast<int>(kExitOk);
         }
-        if (chrome) {
-            fmt::print(out, "Chrome\n");
-            printRecords(out, *chrome);
-        } else {
-            // Chrome never ran for this user: it has no list of profiles to read extensions from.
-            fmt::print(out, "Chrome: no profile registry\n");
-        }
-        fmt::print(out, "Firefox\n");
-        printRecords(out, firefox);
-        fmt::print(out, "Safari\n");
-        if (safari.empty()) {
-            fmt::print(out, "    none\n");
-        }
-        for (const FileUrl& entry : safari) {
-            fmt::print(out, "    {}\n", entry.path);
+        for (const Listed& browser : listed) {
+            if (browser.browser->family == BrowserFamily::Safari) {
+                fmt::print(out, "{}\n", browser.browser->name);
+                printEntries(out, browser.entries);
+            } else if (browser.records) {
+                fmt::print(out, "{}\n", browser.browser->name);
+                printRecords(out, *browser.records);
+            } else {
+                // The browser never ran for this user: it has no list of profiles to read extensions from.
+                fmt::print(out, "{}: no profile registry\n", browser.browser->name);
+            }
         }
         return static_cast<int>(kExitOk);
     };

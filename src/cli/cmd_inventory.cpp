@@ -2,25 +2,9 @@
 
 #include "catalogue/record_json.hpp"
 #include "cli/command.hpp"
-#include "inventory/privacy_scan.hpp"
+#include "inventory/inventories.hpp"
 
 namespace tidewell::cli {
-
-namespace {
-
-struct Listing {
-    const char* name;
-    UrlList (*list)(const DiskRoot&);
-};
-
-constexpr Listing kListings[] = {
-    {"launch-agents", PrivacyScan::getLaunchAgentsList},
-    {"launch-daemons", PrivacyScan::getLaunchDaemonsList},
-    {"app-support", PrivacyScan::getApplicationSupportList},
-    {"apps", PrivacyScan::getAppList},
-};
-
-} // namespace
 
 CommandRunner addInventoryCommand(CLI::App& app) {
     CLI::App* command = app.add_subcommand(
@@ -32,14 +16,15 @@ CommandRunner addInventoryCommand(CLI::App& app) {
 
     return [kind, json](CommandContext& context) {
         std::ostream& out = context.io.out;
-        for (const Listing& listing : kListings) {
-            if (*kind != listing.name) {
+        const std::vector<InventoryListing>& listings = context.disk.layout().inventories;
+        for (const InventoryListing& listing : listings) {
+            if (*kind != listing.kind) {
                 continue;
             }
             if (!homeIsUsable(context)) {
                 return static_cast<int>(kExitUsage);
             }
-            const UrlList urls = listing.list(context.disk);
+            const UrlList urls = inventoryListing(context.disk, listing);
             if (*json) {
                 out << toJson(urls).dump(2) << '\n';
             } else {
@@ -50,8 +35,8 @@ CommandRunner addInventoryCommand(CLI::App& app) {
             return static_cast<int>(kExitOk);
         }
         std::string kinds;
-        for (const Listing& listing : kListings) {
-            kinds += (kinds.empty() ? "" : ", ") + std::string(listing.name);
+        for (const InventoryListing& listing : listings) {
+            kinds += (kinds.empty() ? "" : ", ") + std::string(listing.kind);
         }
         return reportUsageError(context.io, kind->empty()
                                                 ? "inventory needs a kind: " + kinds

@@ -4,11 +4,11 @@
 #include <cstring>
 #include <expected>
 
-#include "catalogue/folders.hpp"
-#include "cleaning/adult_history_section.hpp"
+#include "base/folders.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/cleaning_engine.hpp"
 #include "cli/command.hpp"
+#include "flows/purge_run.hpp"
 
 namespace tidewell::cli {
 
@@ -65,7 +65,7 @@ CommandRunner addPurgeCommand(CLI::App& app) {
         const RunningApplications& running = runningApplications(context.io, system);
         CleaningEngine engine(CleanMode::RealTime, DeletionBoundary(context.disk.homePath()));
         engine.setLeftReporter([&context](const LeftAsItWas& left) { reportLeft(context.io, left); });
-        addAdultContents(context.disk, running, engine, [&] { return words ? words : loadAdultWords(); });
+        runHourlyPurge(context.disk, running, engine, [&] { return words ? words : loadAdultWords(); });
         return static_cast<int>(engine.joinAll().leftAnything() ? kExitLeft : kExitOk);
     };
 }

@@ -20,9 +20,9 @@ CommandRunner addScanCommand(CLI::App& app) {
         }
         std::ostream& out = context.io.out;
         const bool streaming = !*json;
-        ScanSession session(context.disk, standardBuilders(), [&](const RecordPtr& section) {
+        ScanSession session(context.disk, sectionBuilders(context.disk.layout()), [&](const RecordPtr& section) {
             if (streaming) {
-                printSection(out, *section);
+                printSection(out, section);
                 out.flush();
             }
         });
@@ -41,7 +41,7 @@ CommandRunner addScanCommand(CLI::App& app) {
         } else if (*applied > 0) {
             out << "\nAfter the ticks:\n";
             for (const RecordPtr& section : catalogue.snapshot()) {
-                printSection(out, *section);
+                printSection(out, section);
             }
         }
         return static_cast<int>(kExitOk);

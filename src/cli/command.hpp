@@ -5,7 +5,7 @@
 #include <memory>
 #include <optional>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 #include "cleaning/clean_outcome.hpp"
 #include "cli/cli.hpp"
 

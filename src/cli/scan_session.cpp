@@ -71,10 +71,11 @@ std::expected<std::size_t, std::string> applyTicks(const CLI::App& command, cons
 }
 
 std::expected<void, std::string> applyTick(const Catalogue& catalogue, const TickRequest& request) {
-    const RecordList sections = catalogue.snapshot();
+    const std::vector<Section> sections = sectionsOf(catalogue.snapshot());
+    // A PATH names sections and items by the names a person reads.
     const auto sectionNamed = [&](std::string_view name) -> std::optional<std::size_t> {
         for (std::size_t row = 0; row < sections.size(); ++row) {
-            if (!sections[row]->has("Type") && sections[row]->text("Name") == name) {
+            if (!sections[row].isPromotion() && sections[row].name() == name) {
                 return row;
             }
         }
@@ -87,7 +88,7 @@ std::expected<void, std::string> applyTick(const Catalogue& catalogue, const Tic
         if (!row) {
             return std::unexpected("no section named '" + request.path + "'");
         }
-        checkBoxAction(catalogue, *row, request.state);
+        tickSection(catalogue, *row, request.state);
         return {};
     }
     const std::string sectionName = request.path.substr(0, slash);
@@ -96,15 +97,13 @@ std::expected<void, std::string> applyTick(const Catalogue& catalogue, const Tic
     if (!row) {
         return std::unexpected("no section named '" + sectionName + "'");
     }
-    Record& section = *sections[*row];
-    const RecordList* items = section.list("List");
-    if (items == nullptr ||
-        std::ranges::none_of(*items, [&](const RecordPtr& item) { return item->text("NameText") == itemName; })) {
+    const Section& section = sections[*row];
+    if (std::ranges::none_of(section.items(), [&](const Item& item) { return item.name() == itemName; })) {
         return std::unexpected("section '" + sectionName + "' has no item named '" + itemName + "'");
     }
     Tick state = request.state;
-    selectionCheckBoxAction(section, itemName, state);
-    doneActionFromselectionView(section);
+    tickItemNamed(section, itemName, state);
+    settleSectionTick(section);
     return {};
 }
 

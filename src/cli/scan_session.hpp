@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "catalogue/main_thread.hpp"
+#include "base/main_thread.hpp"
 #include "catalogue/scan_driver.hpp"
 #include "cli/cli.hpp"
 

@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "catalogue/folders.hpp"
-#include "catalogue/json_reading.hpp"
+#include "base/folders.hpp"
+#include "base/json_reading.hpp"
 
 namespace tidewell {
 

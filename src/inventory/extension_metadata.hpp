@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 
 namespace tidewell {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 #include "platform/file_access.hpp"
 
 namespace tidewell {

@@ -3,26 +3,20 @@
 #include <memory>
 #include <set>
 #include <string>
-#include <string_view>
 
 namespace tidewell {
 
-/// Which applications run now, as the browser check and the hourly purge ask (`launchedApplications`).
+/// Which programs run now, as the running-browser check and the hourly purge ask. The browser table says which
+/// process names are which browser.
 class RunningApplications {
 public:
     virtual ~RunningApplications() = default;
 
-    /// The names of the running applications Tidewell cares about: "Safari", "Google Chrome" and "Firefox", each
-    /// present when at least one of its processes belongs to the current user.
-    [[nodiscard]] virtual std::set<std::string> launchedApplicationNames() const = 0;
+    /// Those of these process names that a process of the current user runs under now.
+    [[nodiscard]] virtual std::set<std::string> runningAmong(const std::set<std::string>& processNames) const = 0;
 };
 
-/// The application a process of the given name counts as: "Safari", "Google Chrome" and "Firefox" stand for
-/// themselves; "chrome" and "google-chrome" count as "Google Chrome"; "firefox", "firefox-esr" and "firefox-bin"
-/// as "Firefox". Any other name counts as none ("").
-[[nodiscard]] std::string_view applicationForProcessName(std::string_view processName);
-
-/// The running applications of this machine, seen through the current user's processes.
+/// The programs running on this machine, seen through the current user's processes.
 [[nodiscard]] std::unique_ptr<RunningApplications> systemRunningApplications();
 
 } // namespace tidewell

@@ -24,7 +24,7 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
     : QWidget(parent), m_host(host), m_mainThread(*this) {
     setObjectName(QStringLiteral("catalogueView"));
     m_driver = std::make_unique<ScanDriver>(m_host.disk(), m_mainThread, *this,
-                                            options.builders ? std::move(*options.builders) : standardBuilders());
+                                            options.builders ? std::move(*options.builders) : sectionBuilders(m_host.disk().layout()));
 
     m_tableArea = new QWidget(this);
     m_tableArea->setObjectName(QStringLiteral("tableArea"));
@@ -118,7 +118,7 @@ void CatalogueView::rescan() {
 
 void CatalogueView::refreshTable() {
     m_itemTable->reload();
-    m_bottomBar->cleanButton()->setEnabled(!m_clean->isBusy() && removeButtonEnabled(catalogue()));
+    m_bottomBar->cleanButton()->setEnabled(!m_clean->isBusy() && anythingToClean(catalogue()));
 }
 
 SectionCard* CatalogueView::cardAt(int row) const {

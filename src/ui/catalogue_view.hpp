@@ -25,7 +25,7 @@ class WindowHost;
 
 /// What a CatalogueView is made with besides its host.
 struct CatalogueViewOptions {
-    /// The section builders, in order; none given: the nine of standardBuilders().
+    /// The section builders, in order; none given: those of the disk's layout (sectionBuilders).
     std::optional<std::vector<SectionBuilder>> builders;
     /// Which applications run, for the browser check before a clean; none given: this machine's processes.
     std::shared_ptr<const RunningApplications> running;

@@ -167,7 +167,7 @@ void DetailsPanel::open(RecordPtr section) {
 void DetailsPanel::finish() {
     hide();
     if (const RecordPtr& shown = m_source->section()) {
-        doneActionFromselectionView(*shown);
+        settleSectionTick(Section(shown));
     }
     emit closed();
 }

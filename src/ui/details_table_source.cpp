@@ -47,7 +47,7 @@ void DetailsTableSource::tickClicked(TickBox& box) {
         return;
     }
     Tick state = box.tick();
-    const bool reload = selectionCheckBoxAction(*m_section, box.toolTip().toStdString(), state);
+    const bool reload = tickItemNamed(Section(m_section), box.toolTip().toStdString(), state);
     box.setTick(state);
     if (reload) {
         m_table.reload();

@@ -118,7 +118,7 @@ void ItemTableSource::tickClicked(SectionCard& card) {
         return;
     }
     TickBox& box = *card.checkBox();
-    box.setTick(checkBoxAction(m_catalogue, static_cast<std::size_t>(card.row()), box.tick()));
+    box.setTick(tickSection(m_catalogue, static_cast<std::size_t>(card.row()), box.tick()));
     emit ticked();
 }
 

@@ -3,7 +3,7 @@
 #include <QObject>
 #include <functional>
 
-#include "catalogue/main_thread.hpp"
+#include "base/main_thread.hpp"
 
 namespace tidewell {
 

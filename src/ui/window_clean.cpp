@@ -4,32 +4,12 @@
 
 #include "app/alerts.hpp"
 #include "app/window_host.hpp"
+#include "base/log.hpp"
 #include "cleaning/cleaning_engine.hpp"
-#include "platform/log.hpp"
 #include "ui/browser_sheet.hpp"
 #include "ui/spinning_indicator.hpp"
 
 namespace tidewell {
-
-namespace {
-
-// The removal reads the records on its own thread while the person may go on ticking, so it gets records of its
-// own: the sections and their items as they are the moment it starts.
-RecordPtr copyOf(const Record& record) {
-    auto copy = std::make_shared<Record>(record);
-    for (const auto& [key, value] : record.entries()) {
-        if (const auto* items = std::get_if<RecordList>(&value)) {
-            RecordList copies;
-            for (const RecordPtr& item : *items) {
-                copies.push_back(copyOf(*item));
-            }
-            copy->set(key, std::move(copies));
-        }
-    }
-    return copy;
-}
-
-} // namespace
 
 WindowClean::WindowClean(WindowHost& host, const Catalogue& catalogue, BrowserSheet& sheet,
                          SpinningIndicator& indicator, std::shared_ptr<const RunningApplications> running)
@@ -39,86 +19,79 @@ WindowClean::WindowClean(WindowHost& host, const Catalogue& catalogue, BrowserSh
 }
 
 WindowClean::~WindowClean() {
-    if (m_worker.joinable()) {
-        m_worker.join();
-    }
-}
-
-BrowserPanel WindowClean::browserPanel() {
-    return BrowserPanel{
-        .confirm =
-            [] {
-                return Alerts::confirm(QStringLiteral("Confirm"),
-                                       QStringLiteral("Are you sure you want to erase selected privacy data?"));
-            },
-        .displayPanel =
-            [this](const RecordList& entries) {
-                m_sheet.setBrowsers(entries);
-                m_sheet.begin();
-            },
-        .reloadPanel = [this](const RecordList& entries) { m_sheet.setBrowsers(entries); },
-    };
+    // A removal still running is waited for; its hand-back is let go, as nothing is left to show it.
+    m_mainThread.shutdown();
+    m_flow.reset();
 }
 
 void WindowClean::clean() {
-    if (!mayRemove(forceQuitBrowsers)) {
+    if (m_busy) {
         return;
     }
-    setBusy(true);
-    m_indicator.startAnimation();
-    QTimer::singleShot(kDeferral, this, [this] { startRemoval(false); });
+    // A flow waiting on the sheet is dropped with it: this press asks afresh.
+    m_flow = std::make_unique<CleanFlow>(m_host.disk(), *m_running, static_cast<CleanFace&>(*this), m_words,
+                                          &m_mainThread);
+    m_afterRetry = false;
+    m_flow->start(m_catalogue.snapshot());
 }
 
 void WindowClean::retry() {
-    if (!mayRemove(tryAgain)) {
-        return;
+    if (!m_busy && m_flow) {
+        m_flow->retry();
     }
-    setBusy(true);
-    startRemoval(true);
 }
 
-bool WindowClean::mayRemove(const BrowserCheck& check) {
-    if (m_busy) {
-        return false;
+bool WindowClean::confirm() {
+    return Alerts::confirm(QStringLiteral("Confirm"),
+                           QStringLiteral("Are you sure you want to erase selected privacy data?"));
+}
+
+void WindowClean::showBrowsersInTheWay(const RecordList& entries) {
+    m_sheet.setBrowsers(entries);
+    m_sheet.begin();
+}
+
+void WindowClean::updateBrowsersInTheWay(const RecordList& entries) {
+    m_sheet.setBrowsers(entries);
+}
+
+bool WindowClean::removeAtOnce(bool afterRetry) {
+    m_afterRetry = afterRetry;
+    setBusy(true);
+    if (afterRetry) {
+        return true;
     }
-    const RecordList sections = tickedSections(m_catalogue.snapshot());
-    return check(&sections, m_host.disk(), *m_running, browserPanel());
+    // The indicator turns for a moment before the removal, as it always has on the Clean path.
+    m_indicator.startAnimation();
+    QTimer::singleShot(kDeferral, this, [this] { m_flow->removeNow(); });
+    return false;
+}
+
+DeletionBoundary WindowClean::deletionBoundary() {
+    // Without a started grant there is no folder Tidewell may delete in: the boundary then admits nothing. With one,
+    // the granted folder is held for this clean, and every location is reached below it.
+    const std::optional<FolderGrant> grant = m_host.cleaningGrant();
+    return grant ? boundaryOfGrant(*grant, m_host.disk()) : DeletionBoundary();
+}
+
+void WindowClean::reportLeft(const LeftAsItWas& left) {
+    logLine(describe(left));
+}
+
+void WindowClean::rescan() {
+    if (!m_afterRetry) {
+        m_indicator.stopAnimation();
+    }
+    setBusy(false);
+    emit removed();
+    if (m_afterRetry) {
+        m_sheet.end();
+    }
 }
 
 void WindowClean::setBusy(bool busy) {
     m_busy = busy;
     emit busyChanged(busy);
-}
-
-void WindowClean::startRemoval(bool fromRetry) {
-    RecordList sections;
-    for (const RecordPtr& section : m_catalogue.snapshot()) {
-        sections.push_back(copyOf(*section));
-    }
-    m_worker = std::jthread([this, sections = std::move(sections), grant = m_host.cleaningGrant(), disk = m_host.disk(),
-                             words = m_words, fromRetry] {
-        // Without a started grant there is no folder Tidewell may delete in: the boundary then admits nothing.
-        // With one, the granted folder is held for this clean, and every location is reached below it.
-        CleaningEngine engine(CleanMode::Interactive, grant ? boundaryOfGrant(*grant, disk) : DeletionBoundary(),
-                              words);
-        engine.setLeftReporter([](const LeftAsItWas& left) { logLine(describe(left)); });
-        engine.cleanSelected(sections);
-        static_cast<void>(engine.joinAll());
-        QMetaObject::invokeMethod(
-            this, [this, fromRetry] { finishRemoval(fromRetry); }, Qt::QueuedConnection);
-    });
-}
-
-void WindowClean::finishRemoval(bool fromRetry) {
-    m_worker.join();
-    if (!fromRetry) {
-        m_indicator.stopAnimation();
-    }
-    setBusy(false);
-    emit removed();
-    if (fromRetry) {
-        m_sheet.end();
-    }
 }
 
 } // namespace tidewell

@@ -3,12 +3,12 @@
 #include <QObject>
 #include <chrono>
 #include <memory>
-#include <thread>
 
 #include "catalogue/scan_driver.hpp"
 #include "cleaning/adult_words.hpp"
-#include "cleaning/browser_check.hpp"
+#include "flows/clean_flow.hpp"
 #include "platform/running_apps.hpp"
+#include "ui/qt_main_thread.hpp"
 
 namespace tidewell {
 
@@ -16,18 +16,18 @@ class BrowserSheet;
 class SpinningIndicator;
 class WindowHost;
 
-/// The main window's clean, from the Clean button to the fresh scan:
+/// The main window's side of the clean (flows/clean_flow), from the Clean button to the fresh scan:
 /// - Clean: the confirmation "Are you sure you want to erase selected privacy data?", then the check for running
 ///   browsers whose data is to go. With none, the indicator turns and a second later the removal starts. With some,
 ///   the browser sheet lists them and waits: Retry checks again without asking (and without looking into "Adult
 ///   History") and, once none is in the way, removes at once; Close abandons the clean.
-/// - The removal takes every ticked item of the catalogue, inside the host's granted folder only (with no grant,
-///   nothing), on a worker thread, so the window keeps answering meanwhile. It works on a copy of the records
-///   taken as it starts, so ticks changed meanwhile count for the next clean. What is left as it was is logged.
+/// - The removal takes every ticked item of the catalogue as it is when the removal starts, inside the host's
+///   granted folder only (with no grant, nothing), on the flow's own thread, so the window keeps answering
+///   meanwhile; ticks changed meanwhile count for the next clean. What is left as it was is logged.
 /// - When it has ended: the indicator stops, removed is emitted (the window scans afresh), and a sheet put up by
 ///   the check is ended.
 /// While a clean is under way (busy) a second Clean or Retry does nothing.
-class WindowClean : public QObject {
+class WindowClean : public QObject, private CleanFace {
     Q_OBJECT
 public:
     /// The time between the confirmation and the removal on the Clean path, so the indicator is seen first.
@@ -37,7 +37,7 @@ public:
     /// them outlive it. running says which applications run.
     WindowClean(WindowHost& host, const Catalogue& catalogue, BrowserSheet& sheet, SpinningIndicator& indicator,
                 std::shared_ptr<const RunningApplications> running);
-    /// Waits for a removal under way.
+    /// Waits for a removal under way; its rescan is not handed over any more.
     ~WindowClean() override;
     WindowClean(const WindowClean&) = delete;
     WindowClean& operator=(const WindowClean&) = delete;
@@ -59,16 +59,15 @@ signals:
     void removed();
 
 private:
-    // The browser check before the Clean path's removal (forceQuitBrowsers) or the Retry path's (tryAgain).
-    using BrowserCheck = bool(const RecordList*, const DiskRoot&, const RunningApplications&, const BrowserPanel&);
+    bool confirm() override;
+    void showBrowsersInTheWay(const RecordList& entries) override;
+    void updateBrowsersInTheWay(const RecordList& entries) override;
+    bool removeAtOnce(bool afterRetry) override;
+    DeletionBoundary deletionBoundary() override;
+    void reportLeft(const LeftAsItWas& left) override;
+    void rescan() override;
 
-    [[nodiscard]] BrowserPanel browserPanel();
-    // Whether no clean is under way and the check, over the sections ticked now, lets the removal go ahead.
-    [[nodiscard]] bool mayRemove(const BrowserCheck& check);
     void setBusy(bool busy);
-    // fromRetry: the Retry path, which shows no indicator and ends the sheet once the removal is done.
-    void startRemoval(bool fromRetry);
-    void finishRemoval(bool fromRetry);
 
     WindowHost& m_host;
     const Catalogue& m_catalogue;
@@ -77,7 +76,12 @@ private:
     std::shared_ptr<const RunningApplications> m_running;
     AdultWords m_words;
     bool m_busy = false;
-    std::jthread m_worker;
+    // Whether the clean under way got past the sheet's Retry: no indicator, and the sheet ends after the removal.
+    bool m_afterRetry = false;
+    // The removal's hand-back to this object's thread; its tasks die with this object.
+    QtMainThread m_mainThread{*this};
+    // The clean of the last Clean press; a new press starts a new one unless this one is busy.
+    std::unique_ptr<CleanFlow> m_flow;
 };
 
 } // namespace tidewell

@@ -4,7 +4,7 @@
 #include <utility>
 #include <vector>
 
-#include "catalogue/byte_count.hpp"
+#include "base/byte_count.hpp"
 
 namespace tidewell {
 namespace {

@@ -1,13 +1,9 @@
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-
-#include "catalogue/disk_root.hpp"
 #include "catalogue/items.hpp"
 #include "catalogue/record_json.hpp"
-#include "catalogue/records.hpp"
+#include "catalogue/record_views.hpp"
 #include "support/catalogue_helpers.hpp"
-#include "support/disk_builder.hpp"
 
 namespace tidewell {
 namespace {
@@ -35,38 +31,42 @@ TEST(Records, TicksCompareAsNumbersAndAbsentKeysReadFalse) {
     EXPECT_EQ(record.number("name"), std::nullopt);
 }
 
-TEST(Records, SettingAKeyKeepsItsPlaceAndRecordsAreShared) {
-    auto item = makeRecord({{"AllList", UrlList{}}, {"NameText", std::string("a")}, {"isChecked", true}});
-    const RecordPtr sameItem = item;
-    item->set("isChecked", std::int64_t{0});
+// The views read and write the shared record itself: what one holder changes, the others see.
+TEST(Records, ViewsShareTheRecordAndKeepEachKeysPlace) {
+    const RecordPtr item = makeItem({FileUrl{"/a"}}, "Cookies", false);
+    const Item sameItem(item);
+    Item(item).setTick(Tick::Off);
     item->set("isEnabled", false);
-    EXPECT_EQ(testing::keysOf(*sameItem), (std::vector<std::string>{"AllList", "NameText", "isChecked", "isEnabled"}));
-    EXPECT_FALSE(isNotFalse(*sameItem, "isChecked"));
+    EXPECT_EQ(
+        testing::keysOf(*sameItem.record()),
+        (std::vector<std::string>{"AllList", "NameText", "isChecked", "sizeText", "isExt", "isHeader", "isEnabled"}));
+    EXPECT_EQ(sameItem.tick(), Tick::Off);
+    EXPECT_FALSE(sameItem.isCaption());
+
+    const Section section(makeRecord({{"Name", std::string("S")}, {"List", RecordList{item, makeItem({}, "C", true)}}},
+                                     {RecordKind::SourceSection}));
+    EXPECT_EQ(section.summary(), "Cookies, C") << "without one of its own, the item names";
+    EXPECT_TRUE(section.items()[1].isCaption());
+    EXPECT_TRUE(section.isNotUnticked()) << "a section without a tick is not unticked";
+    section.setTick(Tick::Mixed);
+    EXPECT_EQ(section.tick(), Tick::Mixed);
+    const Section promotion(makeRecord({{"Type", std::string("Scan")}}, {RecordKind::PromotionRow, nullptr, {}, "Ad"}));
+    EXPECT_TRUE(promotion.isPromotion());
+    EXPECT_EQ(promotion.summary(), "Ad");
 }
 
-TEST(Records, JsonKeepsKeysOrderAndKinds) {
-    auto item = getDicForList({FileUrl{"/Users/ann/My Caches/é"}}, "Downloads", false);
-    const Record section{{"Name", std::string("S")}, {"List", RecordList{item}}, {"isChecked", std::int64_t{-1}}};
-    const auto json = toJson(section);
-    EXPECT_EQ(json.dump(),
+// A record's role is not among its keys: the export shows exactly the keys, in their order, with their kinds.
+TEST(Records, JsonKeepsKeysOrderAndKindsAndLeavesTheRoleOut) {
+    const RecordPtr item = makeItem({FileUrl{"/Users/ann/My Caches/é"}}, "Downloads", false, false);
+    const Record section{{{"Name", std::string("S")}, {"List", RecordList{item}}, {"isChecked", std::int64_t{-1}}},
+                         {RecordKind::SourceSection, nullptr, "icon", "summary"}};
+    EXPECT_EQ(toJson(section).dump(),
               R"({"Name":"S","List":[{"AllList":["file:///Users/ann/My%20Caches/%C3%A9"],"NameText":"Downloads",)"
               R"("isChecked":false,"sizeText":"0KB","isExt":false,"isHeader":true}],"isChecked":-1})");
-}
-
-TEST(ItemFactory, TicksEverythingButDownloadsAndMarksEmptyLists) {
-    const auto downloads = getDicForList({}, "Downloads", false);
-    EXPECT_FALSE(downloads->flag("isChecked"));
-    EXPECT_FALSE(downloads->flag("isHeader"));
-    EXPECT_EQ(testing::keysOf(*downloads),
-              (std::vector<std::string>{"AllList", "NameText", "isChecked", "sizeText", "isExt", "isHeader"}));
-    EXPECT_EQ(downloads->text("sizeText"), "0KB");
-
-    for (const char* name : {"Mail Download", "downloads", "Downloads ", "Cookies"}) {
-        const auto item = getDicForList({FileUrl{"/x"}}, name, true);
-        EXPECT_TRUE(item->flag("isChecked")) << name;
-        EXPECT_TRUE(item->flag("isHeader"));
-        EXPECT_TRUE(item->flag("isExt"));
-    }
+    const RecordPtr caption = makeItem({}, "Caption", true);
+    EXPECT_FALSE(caption->flag("isHeader"));
+    EXPECT_TRUE(caption->flag("isChecked"));
+    EXPECT_TRUE(caption->flag("isExt"));
 }
 
 TEST(FileUrls, EncodeThePathAndTakeItApart) {
@@ -74,35 +74,6 @@ TEST(FileUrls, EncodeThePathAndTakeItApart) {
     EXPECT_EQ(FileUrl{"/a/b/"}.lastPathComponent(), "b");
     EXPECT_EQ(FileUrl{"/"}.lastPathComponent(), "");
     EXPECT_EQ(FileUrl{"/a/"}.appending("/b").path, "/a/b");
-}
-
-TEST(DiskRoots, HomeComesFromTheLoginNameNeverFromHome) {
-    testing::TempFolder temp;
-    const char* savedHome = std::getenv("HOME");
-    ::setenv("HOME", "/somewhere/else", 1);
-    const auto disk = DiskRoot::make(temp.path() + "/", "ann");
-    if (savedHome != nullptr) {
-        ::setenv("HOME", savedHome, 1);
-    }
-    ASSERT_TRUE(disk.has_value());
-    EXPECT_EQ(disk->homeUrl().path, temp.path() + "/Users/ann");
-    EXPECT_EQ(disk->resolve("/Applications/Safari.app"), temp.path() + "/Applications/Safari.app");
-
-    const auto system = DiskRoot::make("/", "ann");
-    ASSERT_TRUE(system.has_value());
-    EXPECT_EQ(system->homeUrl().text(), "file:///Users/ann");
-    EXPECT_EQ(system->resolve("/Applications"), "/Applications");
-}
-
-TEST(DiskRoots, RefuseNamesThatLeaveUsersAndRootsThatAreNotFolders) {
-    testing::TempFolder temp;
-    for (const char* login : {"", ".", "..", "a/b", "../root"}) {
-        EXPECT_FALSE(DiskRoot::make(temp.path(), login).has_value()) << login;
-    }
-    EXPECT_FALSE(DiskRoot::make(temp.path() + "/missing", "ann").has_value());
-    testing::DiskBuilder(temp.path()).file("/plain-file");
-    EXPECT_FALSE(DiskRoot::make(temp.path() + "/plain-file", "ann").has_value());
-    EXPECT_FALSE(DiskRoot::processLoginName().empty());
 }
 
 } // namespace

@@ -162,7 +162,7 @@ TEST_F(ScanDriverTest, EndsCleanlyWhileTheScanWaitsForTheMainThread) {
 }
 
 TEST_F(ScanDriverTest, AnEmptyDiskStillHasTheSystemSectionAndThePromotionRow) {
-    auto driver = makeDriver(standardBuilders());
+    auto driver = makeDriver(sectionBuilders(macosLayout()));
     driver->resetAndAddavailbleApplications();
     queue.run();
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"Adult History", "Browser Extensions", "System", "<Scan>"}));

@@ -7,8 +7,8 @@
 
 #include <random>
 
-#include "catalogue/byte_count.hpp"
-#include "catalogue/folders.hpp"
+#include "base/byte_count.hpp"
+#include "base/folders.hpp"
 #include "catalogue/items.hpp"
 #include "catalogue/size_walker.hpp"
 #include "support/catalogue_helpers.hpp"
@@ -182,20 +182,19 @@ TEST(FileSize, StopsAtTheFirstUnreadableFolderAndKeepsThePartialSum) {
     EXPECT_LT(*oracle, plainWalk(tree).bytes);
 }
 
-TEST(CountSize, CountsOverlapsEachTimeAndWritesTheItemTexts) {
+TEST(MeasureItems, CountsOverlapsEachTimeAndWritesTheItemTexts) {
     TempFolder temp;
     DiskBuilder d(temp.path());
     d.file("folder/a", 5000).file("folder/b", 5000);
     const std::int64_t a = allocated(d.at("folder/a"));
     const std::int64_t folder = a + allocated(d.at("folder/b"));
     const RecordList items{
-        getDicForList({FileUrl{d.at("folder")}, FileUrl{d.at("folder/a")}, FileUrl{d.at("folder/a")}}, "Overlap",
-                      false),
-        getDicForList({}, "Empty", false),
-        getDicForList({FileUrl{d.at("missing")}}, "Missing", false),
+        makeItem({FileUrl{d.at("folder")}, FileUrl{d.at("folder/a")}, FileUrl{d.at("folder/a")}}, "Overlap", false),
+        makeItem({}, "Empty", false),
+        makeItem({FileUrl{d.at("missing")}}, "Missing", false),
     };
     SizeCounter sizes(0);
-    EXPECT_EQ(countSize(items, sizes), folder + 2 * a);
+    EXPECT_EQ(measureItems(items, sizes), folder + 2 * a);
     EXPECT_TRUE(items[0]->flag("isEnabled"));
     EXPECT_EQ(items[0]->text("sizeText"), formatByteCount(folder + 2 * a));
     for (const std::size_t i : {1U, 2U}) {

@@ -14,11 +14,11 @@
 #include <sstream>
 #include <thread>
 
+#include "base/log.hpp"
 #include "catalogue/size_walker.hpp"
 #include "cleaning/safe_remove.hpp"
 #include "cli/cli.hpp"
 #include "cli/scan_session.hpp"
-#include "platform/log.hpp"
 #include "sources/builders.hpp"
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"
@@ -327,7 +327,7 @@ protected:
                 ticked.push_back(std::move(*components));
             }
         };
-        cli::ScanSession session(d.disk(), standardBuilders(), {});
+        cli::ScanSession session(d.disk(), sectionBuilders(macosLayout()), {});
         session.scan();
         for (const std::string& untick : unticks) {
             EXPECT_TRUE(cli::applyTick(session.catalogue(), {Tick::Off, untick}).has_value()) << untick;

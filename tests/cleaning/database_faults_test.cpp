@@ -14,10 +14,11 @@
 #include <sstream>
 #include <thread>
 
+#include "base/log.hpp"
 #include "cleaning/history_purge.hpp"
-#include "platform/log.hpp"
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"
+#include "support/history_schemas.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
 #include "support/sample_disk.hpp"
@@ -29,7 +30,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::Browser;
-using Routine = CleanOutcome (*)(const FileUrl&, const PurgeContext&);
+using Routine = const HistorySchema*;
 
 // A browser's history layout: the routine that purges it and its two tables.
 struct Layout {
@@ -39,9 +40,9 @@ struct Layout {
     const char* urls;
     const char* visits;
 };
-const Layout kChrome{"Chrome (rollback journal)", Browser::Chrome, deleteChromeAdultHistory, "urls", "visits"};
-const Layout kFirefox{"Firefox (WAL)", Browser::Firefox, deleteFireFoxAdultHistory, "moz_places", "moz_historyvisits"};
-const Layout kSafari{"Safari (an index on url)", Browser::Safari, deleteSafariAdultHistory, "history_items",
+const Layout kChrome{"Chrome (rollback journal)", Browser::Chrome, testing::chromeHistory(), "urls", "visits"};
+const Layout kFirefox{"Firefox (WAL)", Browser::Firefox, testing::firefoxHistory(), "moz_places", "moz_historyvisits"};
+const Layout kSafari{"Safari (an index on url)", Browser::Safari, testing::safariHistory(), "history_items",
                      "history_visits"};
 
 const std::vector<std::string> kWords{"porn", "xxx", "sexcam", "s_x", "'quote"};
@@ -135,7 +136,7 @@ private:
 class HistoryDatabaseFaults : public ::testing::Test {
 protected:
     CleanOutcome purge(const Layout& layout, const std::string& path) const {
-        return layout.routine(FileUrl{path}, PurgeContext{makeAdultWords(kWords), boundary});
+        return purgeHistory(*layout.routine, FileUrl{path}, PurgeContext{makeAdultWords(kWords), boundary});
     }
     [[nodiscard]] std::pair<std::vector<std::string>, std::vector<std::string>> dump(const Layout& layout,
                                                                                      const std::string& path) const {
@@ -309,7 +310,7 @@ TEST(HistoryPurgeKills, AKilledPurgeLeavesEveryTableAsBeforeOrAsAfter) {
         const testing::ChildEnd end = testing::runInChild(
             [&] {
                 setLogSink([](std::string_view) {});
-                return layout.routine(FileUrl{uninterrupted}, context).leftAnything() ? 1 : 0;
+                return purgeHistory(*layout.routine, FileUrl{uninterrupted}, context).leftAnything() ? 1 : 0;
             },
             std::chrono::seconds(60));
         p.takes = std::chrono::duration_cast<std::chrono::microseconds>(std::chrono::steady_clock::now() - start);
@@ -337,7 +338,7 @@ TEST(HistoryPurgeKills, AKilledPurgeLeavesEveryTableAsBeforeOrAsAfter) {
         if (pid == 0) {
             setLogSink([](std::string_view) {});
             started.give();
-            static_cast<void>(p.layout.routine(FileUrl{path}, context));
+            static_cast<void>(purgeHistory(*p.layout.routine, FileUrl{path}, context));
             ::_exit(0);
         }
         ASSERT_GT(pid, 0);
@@ -397,8 +398,8 @@ TEST(JournalSwapRace, AProfileFolderSwappedForALinkDuringThePurgeChangesNothingO
         fs::create_directories(temp.path() + "/Uninterrupted");
         fs::copy_file(original, uninterrupted);
         const DeletionBoundary whole(temp.path());
-        static_cast<void>(
-            deleteChromeAdultHistory(FileUrl{uninterrupted}, PurgeContext{makeAdultWords(kWords), whole}));
+        static_cast<void>(purgeHistory(*testing::chromeHistory(), FileUrl{uninterrupted},
+                                       PurgeContext{makeAdultWords(kWords), whole}));
         after = testing::tableDump(uninterrupted, "urls");
         ASSERT_LT(after.size(), before.size());
     }
@@ -438,7 +439,7 @@ TEST(JournalSwapRace, AProfileFolderSwappedForALinkDuringThePurgeChangesNothingO
             fs::copy_file(original, history);
         }
         const std::uint64_t swapsBefore = swaps.load();
-        const CleanOutcome outcome = deleteChromeAdultHistory(FileUrl{history}, context);
+        const CleanOutcome outcome = purgeHistory(*testing::chromeHistory(), FileUrl{history}, context);
         const bool raced = swaps.load() > swapsBefore;
         const std::lock_guard lock(inPlace);
         ASSERT_EQ(testing::treeDifferences(decoy, testing::treeChecksums(d.at("/Decoy"))), "") << "round " << round;

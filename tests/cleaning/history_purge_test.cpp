@@ -8,6 +8,7 @@
 
 #include "cleaning/history_purge.hpp"
 #include "support/disk_builder.hpp"
+#include "support/history_schemas.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
 #include "support/sample_disk.hpp"
@@ -18,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 using testing::Browser;
 
-using Routine = CleanOutcome (*)(const FileUrl&, const PurgeContext&);
+using Routine = const HistorySchema*;
 
 void sql(const std::string& path, const std::string& statements) {
     sqlite3* db = nullptr;
@@ -37,7 +38,7 @@ class HistoryPurge : public ::testing::Test {
 protected:
     CleanOutcome purge(Routine routine, const std::string& path, std::vector<std::string> words,
                        CleanMode mode = CleanMode::Interactive) const {
-        return routine(FileUrl{path}, PurgeContext{makeAdultWords(std::move(words)), boundary, mode});
+        return purgeHistory(*routine, FileUrl{path}, PurgeContext{makeAdultWords(std::move(words)), boundary, mode});
     }
 
     testing::TempFolder temp;
@@ -56,12 +57,12 @@ TEST_F(HistoryPurge, EachRoutineEmptiesOnlyItsOwnTableOfMatchingUrlsAndLogsItsTe
         const char* log;
     };
     const std::vector<Case> cases{
-        {deleteSafariAdultHistory, Browser::Safari, "history_items", "history_visits", CleanMode::Interactive,
+        {testing::safariHistory(), Browser::Safari, "history_items", "history_visits", CleanMode::Interactive,
          "Safari Deleted"},
-        {deleteChromeAdultHistory, Browser::Chrome, "urls", "visits", CleanMode::RealTime, "Chrome Deleted"},
-        {deleteFireFoxAdultHistory, Browser::Firefox, "moz_places", "moz_historyvisits", CleanMode::Interactive,
+        {testing::chromeHistory(), Browser::Chrome, "urls", "visits", CleanMode::RealTime, "Chrome Deleted"},
+        {testing::firefoxHistory(), Browser::Firefox, "moz_places", "moz_historyvisits", CleanMode::Interactive,
          "Chrome Deleted"},
-        {deleteFireFoxAdultHistory, Browser::Firefox, "moz_places", "moz_historyvisits", CleanMode::RealTime,
+        {testing::firefoxHistory(), Browser::Firefox, "moz_places", "moz_historyvisits", CleanMode::RealTime,
          "Firefox Deleted"},
     };
     for (const Case& c : cases) {
@@ -87,7 +88,7 @@ TEST_F(HistoryPurge, RowsAreNamedByTheirSixtyFourBitIdsEvenDeepBelowTheHome) {
               "INSERT INTO urls (id, url, last_visit_time) VALUES (9223372036854775807, 'https://xxx.example/', 0)");
     d.folder(deep);
     fs::rename(near, path);
-    const CleanOutcome outcome = purge(deleteChromeAdultHistory, path, {"porn", "xxx"});
+    const CleanOutcome outcome = purge(testing::chromeHistory(), path, {"porn", "xxx"});
     fs::rename(path, near);
     const std::vector<std::string> rows = testing::tableDump(near, "urls");
     ASSERT_EQ(rows.size(), 3U);
@@ -106,9 +107,9 @@ TEST_F(HistoryPurge, WordsMatchAsLiteralTextNeverAsSql) {
     for (const Browser browser : {Browser::Chrome, Browser::Firefox, Browser::Safari}) {
         const std::string path = d.at("literal" + std::to_string(static_cast<int>(browser)));
         testing::writeHistoryDatabase(path, browser, urls);
-        const Routine routine = browser == Browser::Chrome    ? deleteChromeAdultHistory
-                                : browser == Browser::Firefox ? deleteFireFoxAdultHistory
-                                                              : deleteSafariAdultHistory;
+        const Routine routine = browser == Browser::Chrome    ? testing::chromeHistory()
+                                : browser == Browser::Firefox ? testing::firefoxHistory()
+                                                              : testing::safariHistory();
         const char* table = browser == Browser::Chrome    ? "urls"
                             : browser == Browser::Firefox ? "moz_places"
                                                           : "history_items";
@@ -131,20 +132,20 @@ TEST_F(HistoryPurge, ChromeSessionFilesGoWhetherOrNotARowMatchedAndAMissingDatab
     const std::string profile = "Library/Application Support/Google/Chrome/Default/";
     testing::writeHistoryDatabase(d.at(profile + "History"), Browser::Chrome, {"https://news.example/"});
     d.text(profile + "Current Session", "s").text(profile + "Current Tabs", "t");
-    purge(deleteChromeAdultHistory, d.at(profile + "History"), {});
+    purge(testing::chromeHistory(), d.at(profile + "History"), {});
     EXPECT_FALSE(fs::exists(d.at(profile + "Current Session")));
     EXPECT_FALSE(fs::exists(d.at(profile + "Current Tabs")));
     EXPECT_EQ(testing::tableDump(d.at(profile + "History"), "urls").size(), 1U);
 
     // Never run: the folder is there, the database is not.
     d.text("Other/Current Session", "s");
-    purge(deleteChromeAdultHistory, d.at("Other/History"), {"porn"});
+    purge(testing::chromeHistory(), d.at("Other/History"), {"porn"});
     EXPECT_FALSE(fs::exists(d.at("Other/History")));
     EXPECT_FALSE(fs::exists(d.at("Other/Current Session")));
     EXPECT_EQ(logs.lines(), (std::vector<std::string>{"Chrome Deleted", "Chrome Deleted"}));
 
     // No folder either: nothing to open, nothing logged.
-    purge(deleteChromeAdultHistory, d.at("Nowhere/History"), {"porn"});
+    purge(testing::chromeHistory(), d.at("Nowhere/History"), {"porn"});
     EXPECT_EQ(logs.lines().size(), 2U);
 }
 
@@ -175,14 +176,14 @@ TEST_F(HistoryPurge, NoDatabaseOrJournalOutsideTheGrantedFolderBehindALinkOrHard
         LeftReason reason;
     };
     for (const Case& c :
-         {Case{deleteChromeAdultHistory, outside, LeftReason::OutsideBoundary},
-          Case{deleteChromeAdultHistory, d.home() + "/../../Elsewhere/History", LeftReason::OutsideBoundary},
-          Case{deleteChromeAdultHistory, d.at("Library/Way/History"), LeftReason::BehindLink},
-          Case{deleteChromeAdultHistory, d.at("Library/History"), LeftReason::NotPlainFile},
-          Case{deleteChromeAdultHistory, d.at("Hard/History"), LeftReason::NotPlainFile},
-          Case{deleteChromeAdultHistory, d.at("Journal/History"), LeftReason::NotPlainFile},
-          Case{deleteSafariAdultHistory, d.at("Wal/History.db"), LeftReason::NotPlainFile},
-          Case{deleteFireFoxAdultHistory, d.at("Shm/places.sqlite"), LeftReason::NotPlainFile}}) {
+         {Case{testing::chromeHistory(), outside, LeftReason::OutsideBoundary},
+          Case{testing::chromeHistory(), d.home() + "/../../Elsewhere/History", LeftReason::OutsideBoundary},
+          Case{testing::chromeHistory(), d.at("Library/Way/History"), LeftReason::BehindLink},
+          Case{testing::chromeHistory(), d.at("Library/History"), LeftReason::NotPlainFile},
+          Case{testing::chromeHistory(), d.at("Hard/History"), LeftReason::NotPlainFile},
+          Case{testing::chromeHistory(), d.at("Journal/History"), LeftReason::NotPlainFile},
+          Case{testing::safariHistory(), d.at("Wal/History.db"), LeftReason::NotPlainFile},
+          Case{testing::firefoxHistory(), d.at("Shm/places.sqlite"), LeftReason::NotPlainFile}}) {
         const CleanOutcome outcome = purge(c.routine, c.path, {"porn"});
         ASSERT_FALSE(outcome.left.empty()) << c.path;
         EXPECT_EQ(outcome.left.front().location, c.path);
@@ -214,8 +215,8 @@ TEST_F(HistoryPurge, NoRemovedUrlCanBeReadBackFromTheDatabaseOrItsLog) {
     const std::string safari = d.at("History.db");
     testing::writeHistoryDatabase(safari, Browser::Safari, {removed[0], kept, removed[1]});
 
-    purge(deleteFireFoxAdultHistory, places, {"porn"});
-    purge(deleteSafariAdultHistory, safari, {"porn"});
+    purge(testing::firefoxHistory(), places, {"porn"});
+    purge(testing::safariHistory(), safari, {"porn"});
     sqlite3_close(db);
     for (const std::string& file : {places, places + "-wal", safari, safari + "-journal"}) {
         const std::string bytes = fileBytes(file);

@@ -6,6 +6,7 @@
 
 #include "cleaning/history_purge.hpp"
 #include "support/disk_builder.hpp"
+#include "support/history_schemas.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
 
@@ -34,7 +35,7 @@ std::string randomText(std::mt19937& random, int maxPieces, const std::vector<st
 
 struct Table {
     const char* name;
-    CleanOutcome (*routine)(const FileUrl&, const PurgeContext&);
+    const HistorySchema* routine;
 };
 
 // A table in the browser's own column types, rows with random ids (some above 2^31, some whose low 32 bits are
@@ -110,9 +111,9 @@ std::vector<std::string> randomWords(std::mt19937& random) {
 }
 
 TEST(PurgeDifferential, DeletesExactlyTheRowsTheWordByWordQueriesDelete) {
-    const std::vector<Table> tables{{"urls", deleteChromeAdultHistory},
-                                    {"history_items", deleteSafariAdultHistory},
-                                    {"moz_places", deleteFireFoxAdultHistory}};
+    const std::vector<Table> tables{{"urls", testing::chromeHistory()},
+                                    {"history_items", testing::safariHistory()},
+                                    {"moz_places", testing::firefoxHistory()}};
     // Hundreds of databases, each written with a sync per deleted row by the word-by-word purge: kept in memory.
     const TempFolder temp(std::filesystem::is_directory("/dev/shm") ? "/dev/shm" : "/tmp");
     const DeletionBoundary boundary(temp.path());
@@ -136,8 +137,8 @@ TEST(PurgeDifferential, DeletesExactlyTheRowsTheWordByWordQueriesDelete) {
         const std::vector<std::string> words = randomWords(random);
 
         testing::literalPurge(literal, table.name, words);
-        static_cast<void>(
-            table.routine(FileUrl{fast}, PurgeContext{makeAdultWords(words), boundary, CleanMode::Interactive}));
+        static_cast<void>(purgeHistory(*table.routine, FileUrl{fast},
+                                       PurgeContext{makeAdultWords(words), boundary, CleanMode::Interactive}));
 
         const std::vector<std::string> expected = testing::tableDump(literal, table.name);
         ASSERT_EQ(testing::tableDump(fast, table.name), expected) << "seed " << seed;

@@ -145,7 +145,7 @@ TEST_F(SafeRemove, CleaningMetadataThatPointsAwayChangesNothingOutsideTheHome) {
     d.allApps().chromeLocalState({{"../../../Elsewhere", "Up"}, {"../../../../../../Elsewhere", "Out"}});
     d.text("Library/Elsewhere/Cookies", "in the home");
     const DiskRoot disk = d.disk();
-    const BuilderOutcome chrome = testing::runBuilder(addGoogleChromeDetails, disk);
+    const BuilderOutcome chrome = testing::runBuilder(testing::builderNamed("Chrome"), disk);
     ASSERT_NE(chrome.section, nullptr);
     const RecordPtr addOns = makeRecord(
         {{"Name", std::string("Browser Extensions")},
@@ -154,7 +154,7 @@ TEST_F(SafeRemove, CleaningMetadataThatPointsAwayChangesNothingOutsideTheHome) {
                                  {"NameText", std::string("Add-on")},
                                  {"isChecked", true}})}}});
     CleaningEngine engine(CleanMode::Interactive, boundary());
-    engine.cleanSelected({chrome.section, addOns});
+    engine.cleanTicked({chrome.section, addOns});
     const CleanOutcome outcome = engine.joinAll();
     expectDecoyIntact();
     // Profile names that climb are no profile folders at all: not even the home's "Library/Elsewhere" is touched.

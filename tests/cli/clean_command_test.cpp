@@ -102,9 +102,14 @@ TEST_F(CleaningCommands, PurgeRunsTheHourlyPurgeOnceUnlessABrowserRuns) {
     const ToolRun purged = run({"purge", "--words", words.path() + "/words.txt"}, nothingRuns);
     EXPECT_EQ(purged.status, 0);
     EXPECT_EQ(safariVisits(), 6U);
-    EXPECT_LT(purged.err.find("] Data Collection"), purged.err.find("] Remove Start"));
+    // Each line must be there, after the one before it: a missing line is not found anywhere.
+    const std::size_t removeStart = purged.err.find("] Remove Start");
+    ASSERT_NE(removeStart, std::string::npos) << purged.err;
+    EXPECT_LT(purged.err.find("] Data Collection"), removeStart);
     for (const char* text : {"] Chrome Deleted", "] Safari Deleted", "] Firefox Deleted"}) {
-        EXPECT_GT(purged.err.find(text), purged.err.find("] Remove Start")) << text;
+        const std::size_t at = purged.err.find(text);
+        ASSERT_NE(at, std::string::npos) << text << " in " << purged.err;
+        EXPECT_GT(at, removeStart) << text;
     }
     EXPECT_EQ(run({"purge", "--words", words.path() + "/none.txt"}, nothingRuns).status, 2);
 }

@@ -2,8 +2,8 @@
 
 #include <random>
 
-#include "inventory/privacy_scan.hpp"
-#include "sources/chrome_local_state.hpp"
+#include "inventory/inventories.hpp"
+#include "layout/chrome_local_state.hpp"
 #include "support/disk_builder.hpp"
 #include "support/hostile_inputs.hpp"
 
@@ -45,13 +45,14 @@ protected:
             .text(version + "manifest.json", text)
             .text(version + "_locales/en/messages.json", text)
             .text("Library/Application Support/Firefox/Profiles/p.default/extensions.json", text);
-        const std::optional<RecordList> chrome = PrivacyScan::getChromeExtantionList(d.disk(), sizes);
+        const DiskLayout& layout = macosLayout();
+        const std::optional<RecordList> chrome = chromeExtensions(d.disk(), *findBrowser(layout, "chrome"), sizes);
         EXPECT_TRUE(chrome.has_value());
         std::vector<std::string> names;
         for (const RecordPtr& record : chrome.value_or(RecordList{})) {
             names.push_back(record->text("nameExt"));
         }
-        return {names, PrivacyScan::getFirefoxExtantionList(d.disk(), sizes).size()};
+        return {names, firefoxExtensions(d.disk(), *findBrowser(layout, "firefox"), sizes).size()};
     }
 };
 

@@ -4,7 +4,7 @@
 
 #include <fstream>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 #include "platform/purge_schedule.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_service_manager.hpp"

@@ -1,10 +1,13 @@
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "catalogue/record_views.hpp"
 #include "catalogue/scan_driver.hpp"
 #include "catalogue/size_walker.hpp"
+#include "sources/builders.hpp"
 
 namespace tidewell::testing {
 
@@ -15,21 +18,43 @@ inline BuilderOutcome runBuilder(const SectionBuilder& builder, const DiskRoot& 
     return builder(env);
 }
 
-/// The "NameText" of every item of a section, in order.
-inline std::vector<std::string> itemNames(const Record& section) {
-    std::vector<std::string> names;
-    if (const RecordList* items = section.list("List")) {
-        for (const RecordPtr& item : *items) {
-            names.push_back(item->text("NameText"));
+/// The builder of the macOS layout's section of this name ("Chrome", "System", "Adult History", "Browser Extensions",
+/// "Promotion").
+inline SectionBuilder builderNamed(std::string_view name) {
+    const DiskLayout& layout = macosLayout();
+    const std::vector<SectionBuilder> builders = sectionBuilders(layout);
+    for (std::size_t i = 0; i < layout.sections.size(); ++i) {
+        const SectionSlot& slot = layout.sections[i];
+        const std::string_view slotName = slot.kind == SectionSlot::Kind::AdultHistory        ? "Adult History"
+                                          : slot.kind == SectionSlot::Kind::BrowserExtensions ? "Browser Extensions"
+                                          : slot.kind == SectionSlot::Kind::Promotion         ? "Promotion"
+                                          : slot.source->browser != nullptr ? slot.source->browser->name
+                                                                            : slot.source->name;
+        if (slotName == name) {
+            return builders.at(i);
         }
+    }
+    throw std::invalid_argument("no section " + std::string(name));
+}
+
+/// The section a builder of the macOS layout makes on a disk (null when it makes none).
+inline RecordPtr sectionOn(const DiskRoot& disk, std::string_view name) {
+    return runBuilder(builderNamed(name), disk).section;
+}
+
+/// The "NameText" of every item of a section, in order.
+inline std::vector<std::string> itemNames(const RecordPtr& section) {
+    std::vector<std::string> names;
+    for (const Item& item : Section(section).items()) {
+        names.push_back(item.name());
     }
     return names;
 }
 
 /// The paths of an item's "AllList", in order.
-inline std::vector<std::string> locationPaths(const Record& item) {
+inline std::vector<std::string> locationPaths(const Item& item) {
     std::vector<std::string> paths;
-    if (const UrlList* urls = item.urls("AllList")) {
+    if (const UrlList* urls = item.locations()) {
         for (const FileUrl& url : *urls) {
             paths.push_back(url.path);
         }
@@ -38,8 +63,8 @@ inline std::vector<std::string> locationPaths(const Record& item) {
 }
 
 /// The item of a section at index.
-inline Record& itemAt(const Record& section, std::size_t index) {
-    return *section.list("List")->at(index);
+inline Item itemAt(const RecordPtr& section, std::size_t index) {
+    return Section(section).items().at(index);
 }
 
 /// The keys of a record, in order.

@@ -5,7 +5,7 @@
 #include <utility>
 #include <vector>
 
-#include "catalogue/disk_root.hpp"
+#include "layout/disk_root.hpp"
 
 namespace tidewell::testing {
 

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <algorithm>
 #include <initializer_list>
+#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
@@ -9,15 +11,17 @@
 
 namespace tidewell::testing {
 
-/// Running applications as a test says: each look returns the next set of names, and the last set stays.
+/// Running programs as a test says: each look finds the next set of process names running, and the last set stays.
 class FakeRunningApps final : public RunningApplications {
 public:
     FakeRunningApps(std::initializer_list<std::set<std::string>> looks) : m_looks(looks) {}
 
-    [[nodiscard]] std::set<std::string> launchedApplicationNames() const override {
+    [[nodiscard]] std::set<std::string> runningAmong(const std::set<std::string>& processNames) const override {
         const std::size_t look = m_count < m_looks.size() ? m_count : m_looks.size() - 1;
         ++m_count;
-        return m_looks.at(look);
+        std::set<std::string> running;
+        std::ranges::set_intersection(m_looks.at(look), processNames, std::inserter(running, running.end()));
+        return running;
     }
     /// How many times the running applications were read.
     [[nodiscard]] std::size_t looks() const { return m_count; }

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "catalogue/file_url.hpp"
+#include "base/file_url.hpp"
 
 namespace tidewell::testing {
 

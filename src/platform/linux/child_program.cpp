@@ -9,7 +9,7 @@
 #include <array>
 #include <cerrno>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 extern char** environ; // NOLINT: the environment the program inherits, as POSIX names it
 

@@ -10,7 +10,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 namespace tidewell {
 

@@ -6,7 +6,7 @@
 #include <charconv>
 #include <cstring>
 
-#include "catalogue/folders.hpp"
+#include "base/folders.hpp"
 
 namespace tidewell {
 
@@ -34,7 +34,7 @@ std::optional<uid_t> processUser(const std::string& status) {
 
 class ProcRunningApplications final : public RunningApplications {
 public:
-    [[nodiscard]] std::set<std::string> launchedApplicationNames() const override {
+    [[nodiscard]] std::set<std::string> runningAmong(const std::set<std::string>& processNames) const override {
         std::set<std::string> running;
         const uid_t me = ::getuid();
         for (const std::string& entry : listFolderNames("/proc")) {
@@ -49,13 +49,12 @@ public:
             if (name->ends_with('\n')) {
                 name->pop_back();
             }
-            const std::string_view application = applicationForProcessName(*name);
-            if (application.empty() || running.contains(std::string(application))) {
+            if (!processNames.contains(*name) || running.contains(*name)) {
                 continue;
             }
             const std::optional<std::string> status = readWholeFile(folder + "/status", 65536);
             if (status && processUser(*status) == me) {
-                running.emplace(application);
+                running.insert(std::move(*name));
             }
         }
         return running;

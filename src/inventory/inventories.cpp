@@ -1,0 +1,185 @@
+#include "inventory/inventories.hpp"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "base/folders.hpp"
+#include "catalogue/record_keys.hpp"
+#include "inventory/extension_metadata.hpp"
+#include "layout/locations.hpp"
+
+namespace tidewell {
+
+namespace {
+
+bool holdsNul(std::string_view path) {
+    return path.find('\0') != std::string_view::npos;
+}
+
+std::vector<std::string> visibleNames(const std::string& path) {
+    std::vector<std::string> names = listFolderNames(path);
+    std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
+    return names;
+}
+
+bool isFolderItself(const std::string& path) {
+    struct stat st {};
+    return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
+}
+
+} // namespace
+
+std::string_view pathExtension(std::string_view name) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0) {
+        return {};
+    }
+    return name.substr(dot + 1);
+}
+
+std::string_view nameWithoutExtension(std::string_view name) {
+    const std::size_t dot = name.rfind('.');
+    if (dot == std::string_view::npos || dot == 0) {
+        return name;
+    }
+    return name.substr(0, dot);
+}
+
+bool isPackageName(std::string_view name) {
+    // A folder carries no package flag here. These are the folder kinds a macOS disk shows as single files; an
+    // application's bundle is one of them, and so it is never searched inside.
+    static constexpr std::array<std::string_view, 20> kBundleExtensions{
+        "app",      "bundle",        "framework", "plugin",     "kext",   "appex",   "xpc",
+        "prefpane", "qlgenerator",   "saver",     "mdimporter", "wdgt",   "pkg",     "mpkg",
+        "rtfd",     "photoslibrary", "component", "service",    "action", "workflow"};
+    const std::string_view extension = pathExtension(name);
+    if (extension.empty()) {
+        return false;
+    }
+    std::string lowered(extension);
+    std::ranges::transform(lowered, lowered.begin(),
+                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    return std::ranges::find(kBundleExtensions, lowered) != kBundleExtensions.end();
+}
+
+UrlList folderEntries(const FileUrl& folder) {
+    // The listing itself ends at the first read error and keeps the names read before it.
+    return listFolderUrls(folder);
+}
+
+std::optional<RecordList> chromeExtensions(const DiskRoot& disk, const Browser& browser, SizeCounter& sizes) {
+    const std::optional<std::vector<BrowserProfile>> profiles = profilesOf(disk, browser);
+    if (!profiles) {
+        return std::nullopt;
+    }
+    RecordList records;
+    AnchorFolders anchors = anchorsOf(disk, browser);
+    for (const BrowserProfile& profile : *profiles) {
+        anchors.profile = &profile;
+        const FileUrl extensions = locationOf(browser.extensions, anchors);
+        for (FileUrl identifier : folderEntries(extensions)) {
+            identifier.within = extensions.path;
+            // Every version of an extension reports the size of the whole identifier folder: measured once.
+            std::optional<std::int64_t> identifierBytes;
+            for (const FileUrl& version : folderEntries(identifier)) {
+                std::optional<ChromeManifest> manifest = readChromeVersionFolder(version);
+                if (!manifest) {
+                    continue;
+                }
+                if (!identifierBytes) {
+                    identifierBytes = sizes.measureFolder(identifier.path).bytes;
+                }
+                records.push_back(makeRecord({{keys::kExtensionLocation, identifier},
+                                              {keys::kExtensionVersion, std::move(manifest->version)},
+                                              {keys::kExtensionName, std::move(manifest->name)},
+                                              {keys::kExtensionSize, *identifierBytes},
+                                              {keys::kExtensionProfile, profile.name}}));
+            }
+        }
+    }
+    return records;
+}
+
+std::vector<FirefoxExtension> firefoxExtensions(const DiskRoot& disk, const Browser& browser, SizeCounter& sizes) {
+    std::vector<FirefoxExtension> extensions;
+    AnchorFolders anchors = anchorsOf(disk, browser);
+    // Every profile's add-ons are listed, not only those of the profile the Firefox section cleans.
+    for (const FileUrl& folder : folderEntries(anchors.data.appending(browser.profilesFolder))) {
+        const std::optional<std::string> database = readWholeFile(folder.appending("extensions.json").path);
+        if (!database) {
+            continue;
+        }
+        const BrowserProfile profile{folder, {}};
+        anchors.profile = &profile;
+        const std::string within = locationOf(browser.extensions, anchors).path;
+        for (FirefoxAddOn& addOn : firefoxAddOnsFromJson(*database)) {
+            FileUrl location{addOn.location, within};
+            const std::int64_t bytes = sizes.measureFolder(addOn.location).bytes;
+            extensions.push_back({makeRecord({{keys::kExtensionLocation, std::move(addOn.location)},
+                                              {keys::kExtensionVersion, std::move(addOn.version)},
+                                              {keys::kExtensionName, std::move(addOn.name)},
+                                              {keys::kExtensionSize, bytes},
+                                              {keys::kExtensionProfile, std::string("Default")}}),
+                                  std::move(location)});
+        }
+    }
+    return extensions;
+}
+
+UrlList safariExtensions(const DiskRoot& disk, const Browser& browser) {
+    return folderEntries(locationOf(browser.extensions, anchorsOf(disk, browser)));
+}
+
+UrlList inventoryListing(const DiskRoot& disk, const InventoryListing& listing) {
+    const AnchorFolders anchors{disk, disk.homeUrl(), disk.homeUrl()};
+    UrlList urls;
+    for (const Location& folder : listing.folders) {
+        UrlList found = listing.applicationSearch ? applicationsBelow(locationOf(folder, anchors))
+                                                  : folderEntries(locationOf(folder, anchors));
+        urls.insert(urls.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
+    }
+    return urls;
+}
+
+UrlList applicationsBelow(const FileUrl& folder) {
+    UrlList found;
+    if (holdsNul(folder.path)) {
+        return found;
+    }
+    // Depth first with a stack of open levels instead of recursion: a home folder may nest deeper than the
+    // thread's stack would allow.
+    struct Level {
+        std::string path;
+        std::vector<std::string> names;
+        std::size_t next = 0;
+    };
+    std::vector<Level> levels;
+    levels.push_back({folder.path, visibleNames(folder.path)});
+    while (!levels.empty()) {
+        Level& level = levels.back();
+        if (level.next == level.names.size()) {
+            levels.pop_back();
+            continue;
+        }
+        const std::string& name = level.names[level.next++];
+        std::string path = joinPath(level.path, name);
+        if (!isFolderItself(path)) {
+            continue;
+        }
+        if (isPackageName(name)) {
+            // The comparison is exact: "Tool.APP" is a package, so it is neither taken nor searched.
+            if (pathExtension(name) == "app") {
+                found.push_back(FileUrl{std::move(path)});
+            }
+            continue;
+        }
+        std::vector<std::string> names = visibleNames(path);
+        levels.push_back({std::move(path), std::move(names)});
+    }
+    return found;
+}
+
+} // namespace tidewell

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <string_view>
+#include <vector>
+
+#include "layout/tables.hpp"
+
+namespace tidewell {
+
+/// Whose file formats a browser keeps: the code that reads its history database and its extensions.
+enum class BrowserFamily { Safari, Chrome, Firefox };
+
+/// How a browser's profiles are found in its data folder.
+enum class ProfileRule {
+    /// One set of files, in the data folder itself (Safari).
+    None,
+    /// The profiles that "Local State" in the data folder registers, in its order, with their display names.
+    LocalState,
+    /// The first folder of the profiles folder, in listing order, whose name holds "default" (the case matters).
+    FirstFolderNamedDefault,
+};
+
+/// How a browser keeps its history, for the purge of adult-site visits.
+struct HistorySchema {
+    /// The table of visited addresses: its rows have a "url" column and 64-bit row ids.
+    std::string_view table;
+    /// What a purge logs when it was committed or had nothing to do: from the window's Clean, and from the hourly
+    /// purge.
+    std::string_view logFromWindow;
+    std::string_view logFromHourlyPurge;
+    /// "Current Session" and "Current Tabs" beside the database go with each purge.
+    bool sessionFiles = false;
+};
+
+/// One row of a layout's browser table: everything Tidewell knows of a browser, for its section, its Adult History
+/// item, its extensions, the running-browser check and the window.
+struct Browser {
+    /// Its name in `extensions --json` ("chrome").
+    std::string_view key;
+    /// Its section's "Name" and its name in the running-browser panel ("Chrome").
+    std::string_view name;
+    /// The application whose presence says the browser is installed; the panel shows its icon.
+    std::string_view application;
+    /// The window's image for it.
+    std::string_view icon;
+    /// The names its processes run under; one of the user's running under any of them is the browser running.
+    std::vector<std::string_view> processNames;
+    BrowserFamily family;
+    /// Where it keeps its data, relative to the home: the first of these that exists, else the first.
+    std::vector<std::string_view> dataFolders;
+    /// Where it keeps its caches, relative to the home.
+    std::string_view cacheFolder;
+    ProfileRule profiles;
+    /// The folder of its profiles, relative to the data folder, for FirstFolderNamedDefault.
+    std::string_view profilesFolder = {};
+    /// Its Adult History item's "NameText", and the history database that item purges.
+    std::string_view adultHistoryName;
+    Location historyDatabase;
+    const HistorySchema* history;
+    /// Where its extensions are: a folder of the data folder (Safari) or of each profile.
+    Location extensions;
+    /// Its caption in the Browser Extensions section.
+    std::string_view extensionsCaption;
+    /// What "Reset Browsers Preferences to Defaults" removes of it, for each of its profiles.
+    std::vector<Location> preferenceFiles;
+    /// The window's one-line summary of its section; empty to list the section's item names.
+    std::string_view summary = {};
+};
+
+} // namespace tidewell

@@ -1,0 +1,52 @@
+#include "layout/profiles.hpp"
+
+#include "base/folders.hpp"
+#include "layout/chrome_local_state.hpp"
+
+namespace tidewell {
+
+bool isInstalled(const DiskRoot& disk, const Browser& browser) {
+    return disk.exists(browser.application);
+}
+
+FileUrl dataFolderOf(const DiskRoot& disk, const Browser& browser) {
+    for (const std::string_view folder : browser.dataFolders) {
+        if (fileExistsAt(disk.inHome(folder).path)) {
+            return disk.inHome(folder);
+        }
+    }
+    return disk.inHome(browser.dataFolders.empty() ? std::string_view() : browser.dataFolders.front());
+}
+
+std::optional<std::vector<BrowserProfile>> profilesOf(const DiskRoot& disk, const Browser& browser) {
+    const FileUrl data = dataFolderOf(disk, browser);
+    std::vector<BrowserProfile> profiles;
+    switch (browser.profiles) {
+    case ProfileRule::None:
+        profiles.push_back({data, {}});
+        break;
+    case ProfileRule::LocalState: {
+        const std::optional<std::string> contents = readWholeFile(data.appending("Local State").path);
+        if (!contents) {
+            return std::nullopt;
+        }
+        for (ChromeProfile& profile : chromeProfilesFromLocalState(*contents)) {
+            profiles.push_back({data.appending(profile.folder), std::move(profile.name)});
+        }
+        break;
+    }
+    case ProfileRule::FirstFolderNamedDefault: {
+        const FileUrl folder = data.appending(browser.profilesFolder);
+        for (const std::string& name : listFolderNames(folder.path)) {
+            if (name.find("default") != std::string::npos) {
+                profiles.push_back({folder.appending(name), {}});
+                break;
+            }
+        }
+        break;
+    }
+    }
+    return profiles;
+}
+
+} // namespace tidewell

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "base/file_url.hpp"
+#include "layout/browsers.hpp"
+#include "layout/disk_root.hpp"
+
+namespace tidewell {
+
+/// One profile of a browser on a disk: its folder, and its display name ("" where the browser gives none).
+struct BrowserProfile {
+    FileUrl folder;
+    std::string name;
+};
+
+/// Whether a browser is installed on the disk: something is at its application's path.
+[[nodiscard]] bool isInstalled(const DiskRoot& disk, const Browser& browser);
+
+/// The browser's data folder on the disk: the first of its data folders that exists, else the first.
+[[nodiscard]] FileUrl dataFolderOf(const DiskRoot& disk, const Browser& browser);
+
+/// The browser's profiles, by its profile rule:
+/// - None: the data folder itself, unnamed;
+/// - LocalState: the profiles the data folder's "Local State" registers, in its order, with their display names
+///   (see chromeProfilesFromLocalState); nothing when the file cannot be read (the browser never ran);
+/// - FirstFolderNamedDefault: the first entry of the profiles folder, in listing order, whose name holds "default"
+///   (the case matters), unnamed; none when no entry does or the folder cannot be listed.
+[[nodiscard]] std::optional<std::vector<BrowserProfile>> profilesOf(const DiskRoot& disk, const Browser& browser);
+
+} // namespace tidewell

@@ -1,0 +1,22 @@
+#pragma once
+
+#include "catalogue/scan_driver.hpp"
+#include "layout/disk_root.hpp"
+
+namespace tidewell {
+
+/// The "Adult History" section: exactly "Name" "Adult History", "Img" "adult", "List", "isChecked" true and
+/// "isEnabled" true (no "Size": nothing is measured). Its items are those of the layout's Adult History browsers,
+/// in its order (on a macOS disk Chrome, Safari, Firefox), each only when the browser is installed: exactly
+/// "NameText" (the browser's Adult History name), "isChecked" true, "isEnabled" true and "Path", the file URL of
+/// the browser's history database (Chrome's "Default/History", Safari's "History.db", "places.sqlite" of the
+/// chosen Firefox profile). Each is a HistoryItem of its browser. Whether a database exists is not looked at. A
+/// browser whose database lies in a profile it does not have (Firefox without a profile whose name holds
+/// "default") has no item: one without a "Path" would clean nothing. With no browser installed the section is
+/// still there, with an empty list.
+[[nodiscard]] RecordPtr adultHistorySection(const DiskRoot& disk);
+
+/// The "Adult History" section as a builder of the scan.
+BuilderOutcome buildAdultHistorySection(ScanEnv& env);
+
+} // namespace tidewell

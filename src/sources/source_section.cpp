@@ -1,0 +1,116 @@
+#include "sources/source_section.hpp"
+
+#include "base/byte_count.hpp"
+#include "catalogue/items.hpp"
+#include "catalogue/record_keys.hpp"
+#include "layout/locations.hpp"
+
+namespace tidewell {
+
+namespace {
+
+bool isProfileLocation(const Location& location) {
+    return location.anchor == Anchor::Profile || location.anchor == Anchor::ProfileCache;
+}
+
+RecordPtr tableItem(const ItemRow& row, std::string name, UrlList locations) {
+    if (row.handMade) {
+        return makeRecord({{keys::kLocations, std::move(locations)},
+                           {keys::kItemName, std::move(name)},
+                           {keys::kTick, row.ticked},
+                           {keys::kSizeText, std::string("10KB")}},
+                          {RecordKind::LocationsItem});
+    }
+    return makeItem(std::move(locations), std::move(name), false, row.ticked);
+}
+
+UrlList expanded(const ItemRow& row, const AnchorFolders& anchors) {
+    UrlList locations;
+    locations.reserve(row.locations.size());
+    for (const Location& location : row.locations) {
+        appendExpanded(locations, location, anchors);
+    }
+    return locations;
+}
+
+// A gathered row takes its profile locations for every profile, then its other locations once.
+UrlList gathered(const ItemRow& row, AnchorFolders anchors, const std::vector<BrowserProfile>& profiles) {
+    UrlList locations;
+    for (const BrowserProfile& profile : profiles) {
+        anchors.profile = &profile;
+        for (const Location& location : row.locations) {
+            if (isProfileLocation(location)) {
+                appendExpanded(locations, location, anchors);
+            }
+        }
+    }
+    anchors.profile = nullptr;
+    for (const Location& location : row.locations) {
+        if (!isProfileLocation(location)) {
+            appendExpanded(locations, location, anchors);
+        }
+    }
+    return locations;
+}
+
+} // namespace
+
+BuilderOutcome sourceSection(ScanEnv& env, const SourceTable& table) {
+    const Browser* browser = table.browser;
+    const std::string_view application = browser != nullptr ? browser->application : table.application;
+    if (!table.alwaysShown && !env.disk.exists(application)) {
+        return {};
+    }
+    AnchorFolders anchors = anchorsOf(env.disk, table);
+    RecordList items;
+    std::vector<BrowserProfile> profiles;
+    if (browser != nullptr) {
+        std::optional<std::vector<BrowserProfile>> found = profilesOf(env.disk, *browser);
+        if (!found) {
+            return BuilderOutcome{nullptr, 0, false};
+        }
+        profiles = std::move(*found);
+        for (const BrowserProfile& profile : profiles) {
+            anchors.profile = &profile;
+            for (const ItemRow& row : table.items) {
+                items.push_back(tableItem(row, fillName(row.name, profile.name), expanded(row, anchors)));
+            }
+        }
+        anchors.profile = nullptr;
+    } else {
+        for (const ItemRow& row : table.items) {
+            items.push_back(tableItem(row, std::string(row.name), expanded(row, anchors)));
+        }
+    }
+    for (const ItemRow& row : table.gathered) {
+        items.push_back(tableItem(row, std::string(row.name), gathered(row, anchors, profiles)));
+    }
+    const RecordRole role{RecordKind::SourceSection, browser, browser != nullptr ? browser->icon : table.icon,
+                          browser != nullptr ? browser->summary : std::string_view()};
+    return measuredSection(env, std::string(browser != nullptr ? browser->name : table.name), std::move(items),
+                           env.disk.resolve(application), role);
+}
+
+BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items, std::string image, RecordRole role) {
+    const std::int64_t bytes = measureItems(items, env.sizes);
+    const SizeText size = sizeTextFor(bytes);
+    auto section = makeRecord({{keys::kName, std::move(name)},
+                               {keys::kItems, std::move(items)},
+                               {keys::kSize, size.text},
+                               {keys::kImage, std::move(image)},
+                               {keys::kTick, true},
+                               {keys::kEnabled, size.enabled},
+                               {keys::kGrouped, false}},
+                              role);
+    return {std::move(section), bytes, true};
+}
+
+std::string fillName(std::string_view nameTemplate, std::string_view value) {
+    std::string out(nameTemplate);
+    if (const auto at = out.find("%@"); at != std::string::npos) {
+        out.replace(at, 2, value);
+    }
+    return out;
+}
+
+} // namespace tidewell
