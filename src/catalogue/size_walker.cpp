@@ -358,7 +358,7 @@ TreeSum SizeCounter::measureFolder(const std::string& path) {
     return walkBelow(parent->first.get(), parent->second, st);
 }
 
-std::int64_t SizeCounter::fileSizeOf(const std::string& path) {
+std::int64_t SizeCounter::allocatedSize(const std::string& path) {
     const std::optional<std::pair<UniqueFd, std::string>> parent = parentOf(path);
     struct stat st {};
     if (!parent || ::fstatat(parent->first.get(), parent->second.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
