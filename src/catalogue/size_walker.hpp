@@ -90,7 +90,6 @@ private:
     friend class Walker;
     using FolderId = std::pair<dev_t, ino_t>;
 
-    TreeSum walkOpenFolder(int fd, FolderId id);
     /// Walks the folder `name` of the folder open at parentFd, which a look found to be st.
     TreeSum walkBelow(int parentFd, const std::string& name, const struct stat& st);
     /// The folder open below the held one that holds a location, with the location's last component.
