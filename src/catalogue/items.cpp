@@ -23,7 +23,7 @@ std::int64_t measureItems(const RecordList& items, SizeCounter& counter) {
         std::int64_t itemBytes = 0;
         if (const UrlList* locations = Item(record).locations()) {
             for (const FileUrl& location : *locations) {
-                itemBytes += counter.fileSizeOf(location);
+                itemBytes += counter.allocatedSize(location);
             }
         }
         const SizeText size = sizeTextFor(itemBytes);

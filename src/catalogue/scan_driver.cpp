@@ -39,8 +39,8 @@ ScanDriver::~ScanDriver() {
     // jthread joins on destruction; a thread blocked in a hand-over returns from it once stopped.
 }
 
-void ScanDriver::resetAndAddavailbleApplications() {
-    if (m_scanningDone || m_isScanRunningForDetails) {
+void ScanDriver::startScan() {
+    if (m_scanDone || m_scanRunning) {
         return;
     }
     m_observer.startIndicator();
@@ -51,19 +51,19 @@ void ScanDriver::resetAndAddavailbleApplications() {
         m_measuredBytes = 0;
         m_catalogue.clear();
     }
-    m_isScanRunningForDetails = true;
-    m_scanningDone = false;
+    m_scanRunning = true;
+    m_scanDone = false;
     if (m_thread.joinable()) {
         m_thread.request_stop();
         m_replaced.push_back(std::move(m_thread));
     }
-    m_thread = std::jthread([this, generation](const std::stop_token& stop) { scanInBG(stop, generation); });
-    m_observer.setHeightDetails();
+    m_thread = std::jthread([this, generation](const std::stop_token& stop) { runScan(stop, generation); });
+    m_observer.sectionsChanged();
 }
 
-void ScanDriver::refreshBrowserData() {
-    m_scanningDone = false;
-    resetAndAddavailbleApplications();
+void ScanDriver::refresh() {
+    m_scanDone = false;
+    startScan();
 }
 
 std::int64_t ScanDriver::measuredBytes() const {
@@ -77,7 +77,7 @@ void ScanDriver::waitForScanThread() {
     }
 }
 
-void ScanDriver::scanInBG(const std::stop_token& stop, std::uint64_t generation) {
+void ScanDriver::runScan(const std::stop_token& stop, std::uint64_t generation) {
     // The home is resolved once per scan and held: every location is measured below that open folder.
     SizeCounter sizes(SizeCounter::defaultWorkers(), stop, HeldFolder(m_disk.homePath()));
     ScanEnv env{m_disk, sizes};
@@ -94,14 +94,14 @@ void ScanDriver::scanInBG(const std::stop_token& stop, std::uint64_t generation)
             m_catalogue.append(std::move(outcome.section));
             m_measuredBytes += outcome.bytes;
         }
-        if (outcome.handOver && !m_mainThread.runAndWait([this] { m_observer.setHeightDetails(); }, stop)) {
+        if (outcome.handOver && !m_mainThread.runAndWait([this] { m_observer.sectionsChanged(); }, stop)) {
             return;
         }
     }
-    m_mainThread.runAndWait([this, generation] { BGscanDone(generation); }, stop);
+    m_mainThread.runAndWait([this, generation] { finishScan(generation); }, stop);
 }
 
-void ScanDriver::BGscanDone(std::uint64_t generation) {
+void ScanDriver::finishScan(std::uint64_t generation) {
     {
         std::lock_guard lock(m_scanMutex);
         if (generation != m_generation) {
@@ -109,8 +109,8 @@ void ScanDriver::BGscanDone(std::uint64_t generation) {
         }
     }
     m_observer.stopIndicator();
-    m_isScanRunningForDetails = false;
-    m_scanningDone = true;
+    m_scanRunning = false;
+    m_scanDone = true;
     m_observer.scanFinished();
 }
 

@@ -16,7 +16,7 @@
 
 namespace tidewell {
 
-/// `availbleApp`: the ordered list of sections. The scan thread appends while the main thread may draw, so every
+/// The catalogue: the ordered list of sections. The scan thread appends while the main thread may draw, so every
 /// access goes through a lock; the records themselves are only changed on the main thread once appended.
 class Catalogue {
 public:
@@ -39,7 +39,7 @@ struct ScanEnv {
 };
 
 /// What a section builder produced: zero or one section (with its measured total), and whether it asks the main
-/// thread to run `setHeightDetails` (every builder does, but Chrome's when "Local State" cannot be read).
+/// thread to run `sectionsChanged` (every builder does, but Chrome's when "Local State" cannot be read).
 struct BuilderOutcome {
     RecordPtr section;
     std::int64_t bytes = 0;
@@ -55,12 +55,12 @@ public:
     virtual void startIndicator() {}
     virtual void stopIndicator() {}
     /// After each builder, and once when a scan starts: the catalogue may have grown.
-    virtual void setHeightDetails() {}
-    /// After `BGscanDone`.
+    virtual void sectionsChanged() {}
+    /// After `finishScan`.
     virtual void scanFinished() {}
 };
 
-/// The scan driver of `ToolsViewController`: two flags allow one scan at a time; a scan empties `availbleApp`
+/// The scan driver of `ToolsViewController`: two flags allow one scan at a time; a scan empties the catalogue
 /// and runs the builders in their fixed order on one background thread, handing over to the main thread after
 /// each and finishing on it.
 ///
@@ -76,19 +76,19 @@ public:
     ScanDriver& operator=(const ScanDriver&) = delete;
 
     /// Starts a scan unless one is running or done: starts the indicator, empties the catalogue, sets the flags,
-    /// starts `scanInBG` on a new thread and calls `setHeightDetails` at once. Main thread.
-    void resetAndAddavailbleApplications();
-    /// The user's rescan: clears `scanningDone` and starts.
-    void refreshBrowserData();
+    /// starts `runScan` on a new thread and calls `sectionsChanged` at once. Main thread.
+    void startScan();
+    /// The user's rescan: clears `scanDone` and starts.
+    void refresh();
 
-    [[nodiscard]] Catalogue& availbleApp() { return m_catalogue; }
-    [[nodiscard]] const Catalogue& availbleApp() const { return m_catalogue; }
+    [[nodiscard]] Catalogue& catalogue() { return m_catalogue; }
+    [[nodiscard]] const Catalogue& catalogue() const { return m_catalogue; }
     [[nodiscard]] const DiskRoot& disk() const { return m_disk; }
 
-    [[nodiscard]] bool scanningDone() const { return m_scanningDone; }
-    [[nodiscard]] bool isScanRunningForDetails() const { return m_isScanRunningForDetails; }
-    void setScanningDone(bool done) { m_scanningDone = done; }
-    void setIsScanRunningForDetails(bool running) { m_isScanRunningForDetails = running; }
+    [[nodiscard]] bool scanDone() const { return m_scanDone; }
+    [[nodiscard]] bool scanRunning() const { return m_scanRunning; }
+    void setScanDone(bool done) { m_scanDone = done; }
+    void setScanRunning(bool running) { m_scanRunning = running; }
 
     /// The measured total of the sections of the current scan so far.
     [[nodiscard]] std::int64_t measuredBytes() const;
@@ -97,8 +97,8 @@ public:
     void waitForScanThread();
 
 private:
-    void scanInBG(const std::stop_token& stop, std::uint64_t generation);
-    void BGscanDone(std::uint64_t generation);
+    void runScan(const std::stop_token& stop, std::uint64_t generation);
+    void finishScan(std::uint64_t generation);
 
     DiskRoot m_disk;
     MainThreadExecutor& m_mainThread;
@@ -106,8 +106,8 @@ private:
     std::vector<SectionBuilder> m_builders;
 
     Catalogue m_catalogue;
-    bool m_scanningDone = false;
-    bool m_isScanRunningForDetails = false;
+    bool m_scanDone = false;
+    bool m_scanRunning = false;
 
     mutable std::mutex m_scanMutex; // generation, total, appends
     std::uint64_t m_generation = 0;

@@ -11,6 +11,7 @@
 #include <QWheelEvent>
 #include <chrono>
 
+#include "catalogue/record_keys.hpp"
 #include "ui/icons.hpp"
 #include "ui/widgets.hpp"
 
@@ -71,10 +72,10 @@ void BrowserSheetCard::setBrowsers(const RecordList& entries) {
     for (const RecordPtr& entry : entries) {
         auto* row = new QWidget(m_rows);
         auto* icon = new QLabel(row);
-        const QString image = sectionImageName(entry->text("iconBrowser"));
+        const QString image = sectionImageName(entry->text(keys::kBrowserIcon));
         icon->setPixmap(imagePixmap(image, kRowIconSize, devicePixelRatioF()));
         icon->setFixedSize(kRowIconSize, kRowIconSize);
-        auto* name = new QLabel(QString::fromStdString(entry->text("NameBrowser")), row);
+        auto* name = new QLabel(QString::fromStdString(entry->text(keys::kBrowserName)), row);
         name->setObjectName(QStringLiteral("NameBrowser"));
         setTextColour(*name, kTextColor);
         auto* line = new QHBoxLayout(row);

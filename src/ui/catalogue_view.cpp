@@ -66,7 +66,7 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
     m_clean = std::make_unique<WindowClean>(m_host, catalogue(), *m_browserSheet, *m_bottomBar->indicator(),
                                             options.running ? std::move(options.running)
                                                             : std::shared_ptr(systemRunningApplications()));
-    connect(m_bottomBar->refreshButton(), &QPushButton::clicked, this, [this] { m_driver->refreshBrowserData(); });
+    connect(m_bottomBar->refreshButton(), &QPushButton::clicked, this, [this] { m_driver->refresh(); });
     connect(m_bottomBar->cleanButton(), &QPushButton::clicked, m_clean.get(), &WindowClean::clean);
     connect(m_clean.get(), &WindowClean::busyChanged, this, [this](bool busy) {
         m_bottomBar->refreshButton()->setEnabled(!busy);
@@ -75,7 +75,7 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
     connect(m_clean.get(), &WindowClean::removed, this, &CatalogueView::rescan);
 
     m_host.restoreSettings();
-    m_driver->resetAndAddavailbleApplications();
+    m_driver->startScan();
 }
 
 CatalogueView::~CatalogueView() {
@@ -94,10 +94,10 @@ void CatalogueView::stopIndicator() {
     m_bottomBar->indicator()->stopAnimation();
 }
 
-void CatalogueView::setHeightDetails() {
+void CatalogueView::sectionsChanged() {
     const auto sections = static_cast<int>(catalogue().size());
     m_itemTable->setVisible(sections != 0);
-    m_emptyText->setVisible(sections == 0 && m_driver->isScanRunningForDetails());
+    m_emptyText->setVisible(sections == 0 && m_driver->scanRunning());
     m_height = sections == 0                     ? kEmptyTableHeight
                : sections <= kMostRowsUnscrolled ? kRowStep * sections + kTableExtra
                                                  : kMostTableHeight;
@@ -111,9 +111,9 @@ void CatalogueView::scanFinished() {
 
 void CatalogueView::rescan() {
     // A clean always ends in a fresh scan, even after one that had finished.
-    m_driver->setIsScanRunningForDetails(false);
-    m_driver->setScanningDone(false);
-    m_driver->resetAndAddavailbleApplications();
+    m_driver->setScanRunning(false);
+    m_driver->setScanDone(false);
+    m_driver->startScan();
 }
 
 void CatalogueView::refreshTable() {

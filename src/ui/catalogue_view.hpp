@@ -59,7 +59,7 @@ public:
     /// Where the item table is scrolled to while the details panel is open.
     static constexpr int kScrollUnderPanel = 8;
 
-    [[nodiscard]] Catalogue& catalogue() { return m_driver->availbleApp(); }
+    [[nodiscard]] Catalogue& catalogue() { return m_driver->catalogue(); }
     [[nodiscard]] ScanDriver& scanDriver() { return *m_driver; }
 
     // ScanObserver: the hand-overs of the scan, on the main thread.
@@ -67,7 +67,7 @@ public:
     void stopIndicator() override;
     /// Sizes the table area for the sections there are (hidden and 91 with none, 75 x n + 15 for 1 to 5, 389 for
     /// 6 or more, which scrolls), then refreshTable.
-    void setHeightDetails() override;
+    void sectionsChanged() override;
     void scanFinished() override;
 
     /// Reloads the item table; Clean is enabled exactly while some section's "isChecked" is not false and no clean

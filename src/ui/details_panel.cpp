@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
+#include "catalogue/record_keys.hpp"
 #include "catalogue/ticks.hpp"
 #include "ui/details_table_source.hpp"
 #include "ui/widgets.hpp"
@@ -149,8 +150,8 @@ void DetailsPanel::applyLook() {
 }
 
 void DetailsPanel::open(RecordPtr section) {
-    const bool grouped = section->flag("isFromThornsweep");
-    m_title->setText(QString::fromStdString(section->text("Name")));
+    const bool grouped = section->flag(keys::kGrouped);
+    m_title->setText(QString::fromStdString(section->text(keys::kName)));
     m_source->setSection(std::move(section));
     show();
     raise();

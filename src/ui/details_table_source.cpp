@@ -2,6 +2,7 @@
 
 #include <QLabel>
 
+#include "catalogue/record_keys.hpp"
 #include "catalogue/ticks.hpp"
 #include "ui/details_panel.hpp"
 
@@ -12,7 +13,7 @@ DetailsTableSource::DetailsTableSource(CellTable& table) : m_table(table) {
 }
 
 int DetailsTableSource::rowCount() const {
-    const RecordList* items = m_section ? m_section->list("List") : nullptr;
+    const RecordList* items = m_section ? m_section->list(keys::kItems) : nullptr;
     return items != nullptr ? static_cast<int>(items->size()) : 0;
 }
 
@@ -22,23 +23,23 @@ QWidget* DetailsTableSource::viewForRow(int row, QWidget* reusable) {
         view = new DetailsRow;
         connect(view->checkBox(), &QCheckBox::clicked, this, [this, view] { tickClicked(*view->checkBox()); });
     }
-    const RecordList* items = m_section ? m_section->list("List") : nullptr;
+    const RecordList* items = m_section ? m_section->list(keys::kItems) : nullptr;
     if (items == nullptr || row < 0 || static_cast<std::size_t>(row) >= items->size()) {
         return view;
     }
     const Record& item = *(*items)[static_cast<std::size_t>(row)];
-    const bool caption = !item.flag("isHeader");
-    const QString name = QString::fromStdString(item.text("NameText"));
+    const bool caption = !item.flag(keys::kNotCaption);
+    const QString name = QString::fromStdString(item.text(keys::kItemName));
     view->setCaption(caption);
-    view->setIndented(!caption && m_section->flag("isFromThornsweep"));
-    view->checkBox()->setEnabled(item.flag("isEnabled"));
+    view->setIndented(!caption && m_section->flag(keys::kGrouped));
+    view->checkBox()->setEnabled(item.flag(keys::kEnabled));
     view->checkBox()->setTick(tickOf(item));
     view->checkBox()->setToolTip(name);
     view->nameText()->setText(name);
     view->nameText()->setToolTip(name);
     // An empty size text still counts as one and shows empty; only a row without one hides it.
-    view->sizeText()->setVisible(item.has("sizeText"));
-    view->sizeText()->setText(QString::fromStdString(item.text("sizeText")));
+    view->sizeText()->setVisible(item.has(keys::kSizeText));
+    view->sizeText()->setText(QString::fromStdString(item.text(keys::kSizeText)));
     return view;
 }
 

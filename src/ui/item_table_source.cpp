@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QToolButton>
 
+#include "catalogue/record_keys.hpp"
 #include "catalogue/ticks.hpp"
 #include "ui/icons.hpp"
 #include "ui/section_card.hpp"
@@ -23,9 +24,9 @@ const QString kPromotionSummary = QStringLiteral("Detects and Removes Adware");
 // The summary of an ordinary section: its items' names, in order.
 QString itemNames(const Record& section) {
     QStringList names;
-    if (const RecordList* items = section.list("List")) {
+    if (const RecordList* items = section.list(keys::kItems)) {
         for (const RecordPtr& item : *items) {
-            names.push_back(QString::fromStdString(item->text("NameText")));
+            names.push_back(QString::fromStdString(item->text(keys::kItemName)));
         }
     }
     return names.join(QStringLiteral(", "));
@@ -48,10 +49,10 @@ void showSection(SectionCard& card, const Record& section) {
     card.detailsButton()->show();
     card.sizeText()->show();
     card.promotionButton()->hide();
-    const std::string& name = section.text("Name");
+    const std::string& name = section.text(keys::kName);
     card.nameText()->setText(QString::fromStdString(name));
     QString summary;
-    QString size = QString::fromStdString(section.text("Size"));
+    QString size = QString::fromStdString(section.text(keys::kSize));
     if (name == "Chrome") {
         summary = kChromeSummary;
     } else if (name == "Browser Extensions") {
@@ -66,9 +67,9 @@ void showSection(SectionCard& card, const Record& section) {
     card.sizeText()->setText(size);
     card.detailsText()->setText(summary);
     card.setToolTip(summary);
-    card.setImageName(sectionImageName(section.text("Img")));
+    card.setImageName(sectionImageName(section.text(keys::kImage)));
     card.checkBox()->setTick(tickOf(section));
-    const bool enabled = section.flag("isEnabled");
+    const bool enabled = section.flag(keys::kEnabled);
     card.detailsButton()->setEnabled(enabled);
     card.checkBox()->setEnabled(enabled);
 }
@@ -105,7 +106,7 @@ QWidget* ItemTableSource::viewForRow(int row, QWidget* reusable) {
     if (!section) {
         return card;
     }
-    if (section->has("Type")) {
+    if (section->has(keys::kType)) {
         showPromotion(*card);
     } else {
         showSection(*card, *section);

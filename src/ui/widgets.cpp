@@ -4,6 +4,8 @@
 #include <QScrollBar>
 #include <QVBoxLayout>
 
+#include "catalogue/record_keys.hpp"
+
 namespace tidewell {
 
 namespace {
@@ -13,7 +15,7 @@ const QColor kAlternateRowColor{244, 247, 249};
 } // namespace
 
 Tick tickOf(const Record& record) {
-    const std::int64_t value = record.number("isChecked").value_or(0);
+    const std::int64_t value = record.number(keys::kTick).value_or(0);
     return value == 1 ? Tick::On : value == -1 ? Tick::Mixed : Tick::Off;
 }
 

@@ -29,8 +29,8 @@ void WindowClean::clean() {
         return;
     }
     // A flow waiting on the sheet is dropped with it: this press asks afresh.
-    m_flow = std::make_unique<CleanFlow>(m_host.disk(), *m_running, static_cast<CleanFace&>(*this), m_words,
-                                          &m_mainThread);
+    m_flow =
+        std::make_unique<CleanFlow>(m_host.disk(), *m_running, static_cast<CleanFace&>(*this), m_words, &m_mainThread);
     m_afterRetry = false;
     m_flow->start(m_catalogue.snapshot());
 }

@@ -119,7 +119,7 @@ int main(int argc, char** argv) {
 
     QWidget* window = application.mainWindow();
     tidewell::CatalogueView* view = tidewell::catalogueViewOf(window);
-    if (view == nullptr || !waitFor([&] { return view->scanDriver().scanningDone(); })) {
+    if (view == nullptr || !waitFor([&] { return view->scanDriver().scanDone(); })) {
         std::fprintf(stderr, "tidewell-screenshots: the main window did not finish its scan\n");
         return 1;
     }

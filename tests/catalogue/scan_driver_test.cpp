@@ -25,11 +25,11 @@ struct RecordingObserver : ScanObserver {
 
     void startIndicator() override { ++started; }
     void stopIndicator() override { ++stopped; }
-    void setHeightDetails() override { sizesAtHandOver.push_back(driver->availbleApp().size()); }
+    void sectionsChanged() override { sizesAtHandOver.push_back(driver->catalogue().size()); }
     void scanFinished() override {
         ++finished;
-        flagsAtFinish[0] = driver->isScanRunningForDetails();
-        flagsAtFinish[1] = driver->scanningDone();
+        flagsAtFinish[0] = driver->scanRunning();
+        flagsAtFinish[1] = driver->scanDone();
         queue->quit();
     }
 };
@@ -63,7 +63,7 @@ protected:
 
     static std::vector<std::string> names(const ScanDriver& driver) {
         std::vector<std::string> out;
-        for (const RecordPtr& section : driver.availbleApp().snapshot()) {
+        for (const RecordPtr& section : driver.catalogue().snapshot()) {
             out.push_back(section->has("Type") ? "<" + section->text("Type") + ">" : section->text("Name"));
         }
         return out;
@@ -80,10 +80,10 @@ TEST_F(ScanDriverTest, RunsTheBuildersInOrderOnOneThreadHandingOverAfterEach) {
                                   return first(env);
                               },
                               nothing(), named("B", &threads, false), named("C", &threads)});
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     started.set_value();
-    EXPECT_TRUE(driver->isScanRunningForDetails());
-    EXPECT_FALSE(driver->scanningDone());
+    EXPECT_TRUE(driver->scanRunning());
+    EXPECT_FALSE(driver->scanDone());
     queue.run();
 
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"A", "B", "C"}));
@@ -110,22 +110,22 @@ TEST_F(ScanDriverTest, OneScanAtATimeAndNoRepeatOnceDone) {
         released.wait();
         return BuilderOutcome{makeRecord({{"Name", std::string("A")}}), 0, true};
     }});
-    driver->resetAndAddavailbleApplications();
-    driver->resetAndAddavailbleApplications(); // running: ignored
+    driver->startScan();
+    driver->startScan(); // running: ignored
     release.set_value();
     queue.run();
     EXPECT_EQ(runs, 1);
 
-    const RecordPtr first = driver->availbleApp().at(0);
-    driver->resetAndAddavailbleApplications(); // done: ignored
-    EXPECT_EQ(driver->availbleApp().at(0), first);
+    const RecordPtr first = driver->catalogue().at(0);
+    driver->startScan(); // done: ignored
+    EXPECT_EQ(driver->catalogue().at(0), first);
     EXPECT_EQ(observer.started, 1);
 
-    driver->refreshBrowserData(); // the user's rescan builds fresh records
+    driver->refresh(); // the user's rescan builds fresh records
     queue.run();
     EXPECT_EQ(runs, 2);
-    EXPECT_EQ(driver->availbleApp().size(), 1U);
-    EXPECT_NE(driver->availbleApp().at(0), first);
+    EXPECT_EQ(driver->catalogue().size(), 1U);
+    EXPECT_NE(driver->catalogue().at(0), first);
 }
 
 TEST_F(ScanDriverTest, AReplacedScanNeitherAppendsNorFinishesTheNewOne) {
@@ -141,12 +141,12 @@ TEST_F(ScanDriverTest, AReplacedScanNeitherAppendsNorFinishesTheNewOne) {
         }
         return BuilderOutcome{makeRecord({{"Name", std::string("fresh")}}), 0, true};
     }});
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     entered.wait();
     // The clean path clears both flags and starts again while the first scan is still inside a builder.
-    driver->setIsScanRunningForDetails(false);
-    driver->setScanningDone(false);
-    driver->resetAndAddavailbleApplications();
+    driver->setScanRunning(false);
+    driver->setScanDone(false);
+    driver->startScan();
     release.set_value();
     queue.run();
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"fresh"}));
@@ -155,7 +155,7 @@ TEST_F(ScanDriverTest, AReplacedScanNeitherAppendsNorFinishesTheNewOne) {
 
 TEST_F(ScanDriverTest, EndsCleanlyWhileTheScanWaitsForTheMainThread) {
     auto driver = makeDriver({named("A"), named("B")});
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     // The queue is never run: the scan thread is blocked in its first hand-over when the driver goes.
     driver.reset();
     SUCCEED();
@@ -163,10 +163,10 @@ TEST_F(ScanDriverTest, EndsCleanlyWhileTheScanWaitsForTheMainThread) {
 
 TEST_F(ScanDriverTest, AnEmptyDiskStillHasTheSystemSectionAndThePromotionRow) {
     auto driver = makeDriver(sectionBuilders(macosLayout()));
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     queue.run();
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"Adult History", "Browser Extensions", "System", "<Scan>"}));
-    const RecordPtr promotion = driver->availbleApp().snapshot().back();
+    const RecordPtr promotion = driver->catalogue().snapshot().back();
     EXPECT_EQ(testing::keysOf(*promotion), std::vector<std::string>{"Type"});
 }
 

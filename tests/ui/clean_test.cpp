@@ -172,7 +172,7 @@ TEST_F(CleanTest, WithNoBrowserRunningYesCleansAfterTheIndicatorAndNoKeepsEveryt
     EXPECT_FALSE(exists(kChromeCookies));
     EXPECT_FALSE(exists(kSystemCache));
     EXPECT_FALSE(exists(kFirefoxCookies));
-    EXPECT_FALSE(view().scanDriver().scanningDone()) << "a fresh scan follows at once";
+    EXPECT_FALSE(view().scanDriver().scanDone()) << "a fresh scan follows at once";
     waitForScan();
     EXPECT_FALSE(bar().indicator()->isAnimating());
 }

@@ -203,7 +203,7 @@ TEST_F(ItemTableTest, SectionsAppearOneByOneWhileTheWindowKeepsAnswering) {
     // The first section is shown while the second builder is still at work; the event loop runs all along.
     ASSERT_TRUE(QTest::qWaitFor([&] { return view().itemTable()->numberOfRows() == 1; }, 20000));
     EXPECT_EQ(view().tableHeight(), 90);
-    EXPECT_FALSE(view().scanDriver().scanningDone());
+    EXPECT_FALSE(view().scanDriver().scanDone());
     EXPECT_TRUE(bar().indicator()->isAnimating());
     EXPECT_TRUE(bar().indicator()->isVisible());
     card(0).checkBox()->click();

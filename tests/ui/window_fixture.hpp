@@ -131,7 +131,7 @@ protected:
     /// Waits until the running scan has ended (the event loop turns meanwhile).
     void waitForScan() const {
         ASSERT_TRUE(QTest::qWaitFor(
-            [this] { return view().scanDriver().scanningDone() && !view().scanDriver().isScanRunningForDetails(); },
+            [this] { return view().scanDriver().scanDone() && !view().scanDriver().scanRunning(); },
             60000));
     }
 
