@@ -36,7 +36,7 @@ Application::Application(AppEnvironment environment, QObject* parent)
 
     connect(&m_statusMenu, &StatusMenu::realTimeScanChosen, this,
             [this] { setRealTimeScan(!m_choices.realTimeScan()); });
-    connect(&m_statusMenu, &StatusMenu::openMainConsoleChosen, this, &Application::openMainConsole);
+    connect(&m_statusMenu, &StatusMenu::mainWindowChosen, this, &Application::bringBackMainWindow);
     connect(&m_statusMenu, &StatusMenu::quitChosen, this, &Application::quit);
     connect(&m_scheduler, &RealTimeScheduler::systemScheduleChanged, this, &WindowHost::settingsChanged);
     connect(&m_taskbar, &TaskbarPolicy::entryHidden, this, [this] { bringToFront(m_windowShownAtStart); });
@@ -100,7 +100,7 @@ void Application::showAccessWindow() {
     bringToFront(m_accessWindow);
 }
 
-void Application::openMainConsole() {
+void Application::bringBackMainWindow() {
     bringToFront(m_windowShownAtStart);
 }
 

@@ -70,13 +70,13 @@ public:
 
     /// Closes the access window if there is one and makes the main window through the factory; then, unless the
     /// stored taskbar setting says NO, shows it in front. With NO the window is made but not shown, and nothing
-    /// brings it up until a second start of Tidewell asks (openMainConsole shows only a window shown at start).
+    /// brings it up until a second start of Tidewell asks (bringBackMainWindow shows only a window shown at start).
     void showMainWindow();
     /// Shows the access window; a grant there leads to showMainWindow.
     void showAccessWindow();
     /// Status menu "Open Main Console": the window shown at start to the front and activated; nothing when the
     /// window was made unshown.
-    void openMainConsole();
+    void bringBackMainWindow();
 
     /// The main window as made, shown or not; null before showMainWindow.
     [[nodiscard]] QWidget* mainWindow() const { return m_mainWindow.get(); }

@@ -5,9 +5,9 @@
 #include <optional>
 #include <string>
 
-#include "layout/disk_root.hpp"
 #include "cleaning/adult_words.hpp"
 #include "cleaning/cleaning_engine.hpp"
+#include "layout/disk_root.hpp"
 #include "platform/folder_grant.hpp"
 #include "platform/running_apps.hpp"
 

@@ -41,7 +41,7 @@ StatusMenu::StatusMenu(QObject* parent)
         connect(entry, &QAction::triggered, this, chosen);
     };
     addEntry(QStringLiteral("Real Time Scan"), &StatusMenu::realTimeScanChosen);
-    addEntry(QStringLiteral("Open Main Console"), &StatusMenu::openMainConsoleChosen);
+    addEntry(QStringLiteral("Open Main Console"), &StatusMenu::mainWindowChosen);
     addEntry(QStringLiteral("Quit"), &StatusMenu::quitChosen);
 }
 

@@ -32,7 +32,7 @@ public:
 
 signals:
     void realTimeScanChosen();
-    void openMainConsoleChosen();
+    void mainWindowChosen();
     void quitChosen();
 
 private:

@@ -27,7 +27,7 @@ const QString kRealTimeScheduledTip = QStringLiteral(
 BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     : QWidget(parent), m_host(host), m_realTimeScanBox(new QCheckBox(QStringLiteral("Real-time scan"), this)),
       m_runAtStartBox(new QCheckBox(QStringLiteral("Run at start"), this)),
-      m_hideDockIconBox(new QCheckBox(QStringLiteral("Hide dock icon"), this)), m_helpButton(new QToolButton(this)),
+      m_hideTaskbarEntryBox(new QCheckBox(QStringLiteral("Hide dock icon"), this)), m_helpButton(new QToolButton(this)),
       m_indicator(new SpinningIndicator(this)), m_refreshButton(new QPushButton(QStringLiteral("Refresh"), this)),
       m_cleanButton(new QPushButton(QStringLiteral("Clean"), this)) {
     setObjectName(QStringLiteral("bottomBar"));
@@ -36,12 +36,13 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     m_realTimeScanBox->setToolTip(kRealTimeTip);
     m_runAtStartBox->setObjectName(QStringLiteral("runAtStart"));
     m_runAtStartBox->setToolTip(QStringLiteral("Start Tidewell when you log in"));
-    m_hideDockIconBox->setObjectName(QStringLiteral("hideDockIcon"));
-    m_hideDockIconBox->setToolTip(QStringLiteral("Keep Tidewell in the status menu only"));
+    m_hideTaskbarEntryBox->setObjectName(QStringLiteral("hideTaskbarEntry"));
+    m_hideTaskbarEntryBox->setToolTip(QStringLiteral("Keep Tidewell in the status menu only"));
     // Only a person's click writes a choice; showing the stored values writes nothing back.
     connect(m_realTimeScanBox, &QCheckBox::clicked, this, [this](bool on) { m_host.setRealTimeScan(on); });
     connect(m_runAtStartBox, &QCheckBox::clicked, this, [this](bool on) { m_host.setRunAtStart(on); });
-    connect(m_hideDockIconBox, &QCheckBox::clicked, this, [this](bool hide) { m_host.setShowsTaskbarEntry(!hide); });
+    connect(m_hideTaskbarEntryBox, &QCheckBox::clicked, this,
+            [this](bool hide) { m_host.setShowsTaskbarEntry(!hide); });
     connect(&m_host, &WindowHost::settingsChanged, this, &BottomBar::showChoices);
 
     m_helpButton->setObjectName(QStringLiteral("helpButton"));
@@ -67,7 +68,7 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     choices->setSpacing(18);
     choices->addWidget(m_realTimeScanBox);
     choices->addWidget(m_runAtStartBox);
-    choices->addWidget(m_hideDockIconBox);
+    choices->addWidget(m_hideTaskbarEntryBox);
     choices->addStretch(1);
     choices->addWidget(m_helpButton);
 
@@ -91,7 +92,7 @@ void BottomBar::showChoices() {
     m_realTimeScanBox->setChecked(choices.realTimeScan());
     m_realTimeScanBox->setToolTip(m_host.purgeScheduledBySystem() ? kRealTimeScheduledTip : kRealTimeTip);
     m_runAtStartBox->setChecked(choices.runAtStart());
-    m_hideDockIconBox->setChecked(!choices.showsTaskbarEntry());
+    m_hideTaskbarEntryBox->setChecked(!choices.showsTaskbarEntry());
 }
 
 // A faint band with a hairline above, its lower corners following the window's.

@@ -22,7 +22,7 @@ public:
 
     [[nodiscard]] QCheckBox* realTimeScanBox() const { return m_realTimeScanBox; }
     [[nodiscard]] QCheckBox* runAtStartBox() const { return m_runAtStartBox; }
-    [[nodiscard]] QCheckBox* hideDockIconBox() const { return m_hideDockIconBox; }
+    [[nodiscard]] QCheckBox* hideTaskbarEntryBox() const { return m_hideTaskbarEntryBox; }
     [[nodiscard]] QToolButton* helpButton() const { return m_helpButton; }
     [[nodiscard]] SpinningIndicator* indicator() const { return m_indicator; }
     [[nodiscard]] QPushButton* refreshButton() const { return m_refreshButton; }
@@ -37,7 +37,7 @@ private:
     WindowHost& m_host;
     QCheckBox* m_realTimeScanBox;
     QCheckBox* m_runAtStartBox;
-    QCheckBox* m_hideDockIconBox;
+    QCheckBox* m_hideTaskbarEntryBox;
     QToolButton* m_helpButton;
     SpinningIndicator* m_indicator;
     QPushButton* m_refreshButton;

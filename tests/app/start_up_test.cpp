@@ -69,7 +69,7 @@ TEST_F(StartUpTest, AHiddenTaskbarEntryKeepsTheWindowUnshownUntilAnotherStartAsk
     QWidget* window = application->mainWindow();
     ASSERT_NE(window, nullptr) << "the window is made all the same";
     EXPECT_FALSE(window->isVisible());
-    application->openMainConsole();
+    application->bringBackMainWindow();
     runEventsScheduledWithin(TaskbarPolicy::kSettleDelay); // past the bring-to-front that follows hiding the entry
     EXPECT_FALSE(window->isVisible()) << "nothing brings it up: as designed";
 

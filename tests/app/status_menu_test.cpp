@@ -88,7 +88,7 @@ TEST_F(StatusMenuTest, EachTickRunsThePurgeOnTheMainThreadOnePeriodAfterTheStart
     EXPECT_EQ(onMainThread.size(), runs) << "switched off, it stops";
 }
 
-TEST_F(StatusMenuTest, OpenMainConsoleBringsTheShownWindowBack) {
+TEST_F(StatusMenuTest, TheMainWindowEntryBringsTheShownWindowBack) {
     AppSettings(settingsFile).setBool(keys::kTaskbarEntry, true);
     application = launch();
     ASSERT_NE(application->mainWindow(), nullptr);

@@ -232,10 +232,10 @@ TEST_F(ItemTableTest, TheSettingsBoxesShowTheStoredSettingsAndWriteThrough) {
     ASSERT_TRUE(QTest::qWaitFor([&] { return application->scheduler().timer() != nullptr; }));
     EXPECT_TRUE(bar().realTimeScanBox()->isChecked()) << "real-time is on unless stored off";
     EXPECT_FALSE(bar().runAtStartBox()->isChecked()) << "stored off by the fixture";
-    EXPECT_FALSE(bar().hideDockIconBox()->isChecked()) << "the taskbar entry is stored as shown";
+    EXPECT_FALSE(bar().hideTaskbarEntryBox()->isChecked()) << "the taskbar entry is stored as shown";
 
     const auto stored = [&](const QString& key) { return QSettings(settingsFile, QSettings::IniFormat).value(key); };
-    bar().hideDockIconBox()->click();
+    bar().hideTaskbarEntryBox()->click();
     EXPECT_EQ(stored(keys::kTaskbarEntry), QVariant(false));
     EXPECT_FALSE(application->taskbar().showsEntry());
     bar().runAtStartBox()->click();
