@@ -9,10 +9,10 @@
 #include <thread>
 #include <vector>
 
-#include "layout/disk_root.hpp"
 #include "base/main_thread.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
+#include "layout/disk_root.hpp"
 
 namespace tidewell {
 
