@@ -33,9 +33,6 @@ ScanDriver::ScanDriver(DiskRoot disk, MainThreadExecutor& mainThread, ScanObserv
 
 ScanDriver::~ScanDriver() {
     m_thread.request_stop();
-    for (auto& replaced : m_replaced) {
-        replaced.request_stop();
-    }
     // jthread joins on destruction; a thread blocked in a hand-over returns from it once stopped.
 }
 
@@ -53,12 +50,32 @@ void ScanDriver::startScan() {
     }
     m_scanRunning = true;
     m_scanDone = false;
+    retireScanThread();
+    m_thread = std::jthread([this, generation](const std::stop_token& stop) { runScan(stop, generation); });
+    m_observer.sectionsChanged();
+}
+
+void ScanDriver::retireScanThread() {
     if (m_thread.joinable()) {
         m_thread.request_stop();
         m_replaced.push_back(std::move(m_thread));
     }
-    m_thread = std::jthread([this, generation](const std::stop_token& stop) { runScan(stop, generation); });
-    m_observer.sectionsChanged();
+    // A stopped thread ends at its next builder or hand-over, so joining it waits at most for one builder. The
+    // one exception: a scan started from inside a hand-over (a rescan asked for when a scan finishes) runs while
+    // that scan's thread waits for the very call it is in; that thread is joined at the next start instead.
+    if (!m_handingOver) {
+        m_replaced.clear();
+    }
+}
+
+bool ScanDriver::handOver(const std::stop_token& stop, const std::function<void()>& onMainThread) {
+    return m_mainThread.runAndWait(
+        [this, &onMainThread] {
+            m_handingOver = true;
+            onMainThread();
+            m_handingOver = false;
+        },
+        stop);
 }
 
 void ScanDriver::refresh() {
@@ -94,11 +111,11 @@ void ScanDriver::runScan(const std::stop_token& stop, std::uint64_t generation) 
             m_catalogue.append(std::move(outcome.section));
             m_measuredBytes += outcome.bytes;
         }
-        if (outcome.handOver && !m_mainThread.runAndWait([this] { m_observer.sectionsChanged(); }, stop)) {
+        if (outcome.handOver && !handOver(stop, [this] { m_observer.sectionsChanged(); })) {
             return;
         }
     }
-    m_mainThread.runAndWait([this, generation] { finishScan(generation); }, stop);
+    handOver(stop, [this, generation] { finishScan(generation); });
 }
 
 void ScanDriver::finishScan(std::uint64_t generation) {

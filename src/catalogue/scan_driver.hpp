@@ -9,10 +9,10 @@
 #include <thread>
 #include <vector>
 
-#include "layout/disk_root.hpp"
 #include "base/main_thread.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
+#include "layout/disk_root.hpp"
 
 namespace tidewell {
 
@@ -64,8 +64,9 @@ public:
 /// and runs the builders in their fixed order on one background thread, handing over to the main thread after
 /// each and finishing on it.
 ///
-/// A scan that a newer one replaces (the clean path clears both flags and starts afresh) is told to stop; its
-/// later appends and its completion are dropped, so two scans never mix their sections.
+/// A scan that a newer one replaces (the clean path clears both flags and starts afresh) is told to stop and its
+/// thread is joined before the new one starts; its later appends and its completion are dropped, so two scans
+/// never mix their sections, and a tray application refreshed for days keeps one scan thread, not one per scan.
 class ScanDriver {
 public:
     ScanDriver(DiskRoot disk, MainThreadExecutor& mainThread, ScanObserver& observer,
@@ -99,6 +100,10 @@ public:
 private:
     void runScan(const std::stop_token& stop, std::uint64_t generation);
     void finishScan(std::uint64_t generation);
+    /// Stops the current scan thread and joins it, and any replaced before; see the .cpp for the one wait put off.
+    void retireScanThread();
+    /// Runs onMainThread on the main thread for the scan thread; false when the scan was stopped first.
+    bool handOver(const std::stop_token& stop, const std::function<void()>& onMainThread);
 
     DiskRoot m_disk;
     MainThreadExecutor& m_mainThread;
@@ -113,7 +118,8 @@ private:
     std::uint64_t m_generation = 0;
     std::int64_t m_measuredBytes = 0;
     std::jthread m_thread;
-    std::vector<std::jthread> m_replaced;
+    std::vector<std::jthread> m_replaced; // stopped, joined at the next start (at most the one put off)
+    bool m_handingOver = false;           // main thread only
 };
 
 } // namespace tidewell

@@ -52,11 +52,7 @@ void WalkPool::workerLoop(const std::stop_token& stop) {
         if (!m_wake.wait(lock, stop, [this] { return !m_tasks.empty(); })) {
             return;
         }
-        auto task = std::move(m_tasks.front());
-        m_tasks.pop_front();
-        lock.unlock();
-        task();
-        lock.lock();
+        runFirstTask(m_tasks, lock);
         ++m_idle;
     }
 }

@@ -16,6 +16,7 @@
 
 #include "base/file_url.hpp"
 #include "base/held_folder.hpp"
+#include "base/task_queue.hpp"
 
 namespace tidewell {
 
@@ -49,7 +50,7 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable_any m_wake;
-    std::deque<std::function<void()>> m_tasks;
+    TaskQueue m_tasks;
     unsigned m_idle = 0;
     std::vector<std::jthread> m_threads;
 };

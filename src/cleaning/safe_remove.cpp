@@ -111,8 +111,7 @@ private:
     void removeLeftFolder(int aboveFd) {
         const Level finished = std::move(m_levels.back());
         m_levels.pop_back();
-        const bool removed =
-            ::unlinkat(aboveFd >= 0 ? aboveFd : m_parentFd, finished.name.c_str(), AT_REMOVEDIR) == 0;
+        const bool removed = ::unlinkat(aboveFd >= 0 ? aboveFd : m_parentFd, finished.name.c_str(), AT_REMOVEDIR) == 0;
         if (m_levels.empty()) {
             m_removedTop = removed;
         } else if (!removed) {

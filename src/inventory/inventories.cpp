@@ -158,8 +158,8 @@ UrlList applicationsBelow(const FileUrl& folder) {
             continue;
         }
         const std::string_view name = event.name;
-        if (name.starts_with('.') ||
-            ::fstatat(event.folderFd, event.name, &st, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(st.st_mode)) {
+        if (name.starts_with('.') || ::fstatat(event.folderFd, event.name, &st, AT_SYMLINK_NOFOLLOW) != 0 ||
+            !S_ISDIR(st.st_mode)) {
             continue;
         }
         std::string path = joinPath(paths.back(), name);

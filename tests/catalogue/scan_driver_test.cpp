@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <future>
 #include <latch>
 
@@ -26,8 +27,12 @@ struct RecordingObserver : ScanObserver {
     void startIndicator() override { ++started; }
     void stopIndicator() override { ++stopped; }
     void sectionsChanged() override { sizesAtHandOver.push_back(driver->catalogue().size()); }
+    std::function<void()> onFinish;
     void scanFinished() override {
         ++finished;
+        if (onFinish) {
+            std::exchange(onFinish, nullptr)();
+        }
         flagsAtFinish[0] = driver->scanRunning();
         flagsAtFinish[1] = driver->scanDone();
         queue->quit();
@@ -143,22 +148,39 @@ TEST_F(ScanDriverTest, AReplacedScanNeitherAppendsNorFinishesTheNewOne) {
     }});
     driver->startScan();
     entered.wait();
-    // The clean path clears both flags and starts again while the first scan is still inside a builder.
+    // The clean path clears both flags and starts again while the first scan is still inside a builder; the new
+    // start waits for that builder (released from elsewhere) to end the replaced thread.
     driver->setScanRunning(false);
     driver->setScanDone(false);
+    const std::jthread releaser([&] { release.set_value(); });
     driver->startScan();
-    release.set_value();
     queue.run();
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"fresh"}));
     EXPECT_EQ(observer.finished, 1);
 }
 
-TEST_F(ScanDriverTest, EndsCleanlyWhileTheScanWaitsForTheMainThread) {
+std::size_t liveThreads() {
+    return static_cast<std::size_t>(
+        std::distance(std::filesystem::directory_iterator("/proc/self/task"), std::filesystem::directory_iterator{}));
+}
+
+TEST_F(ScanDriverTest, ReplacedScanThreadsAreJoinedNotLeftBehindAndADriverEndsWhileItsScanWaits) {
+    const std::size_t before = liveThreads();
     auto driver = makeDriver({named("A"), named("B")});
-    driver->startScan();
-    // The queue is never run: the scan thread is blocked in its first hand-over when the driver goes.
+    // Each scan waits in its first hand-over (the queue is not run), so each refresh replaces a live thread.
+    for (int refresh = 0; refresh < 200; ++refresh) {
+        driver->setScanRunning(false); // as the clean path does, so that the refresh replaces the running scan
+        driver->refresh();
+    }
+    // The current scan's thread and its measuring workers, and no replaced one still running.
+    EXPECT_LE(liveThreads(), before + 1 + SizeCounter::defaultWorkers());
+    // A rescan asked for while a scan finishes (inside its hand-over) does not wait for that very scan.
+    observer.onFinish = [&] { driver->refresh(); };
+    queue.run();
+    EXPECT_EQ(observer.finished, 1);
+    EXPECT_TRUE(driver->scanRunning());
+    // That scan is blocked in its first hand-over (the queue is not run again) when the driver goes.
     driver.reset();
-    SUCCEED();
 }
 
 TEST_F(ScanDriverTest, AnEmptyDiskStillHasTheSystemSectionAndThePromotionRow) {

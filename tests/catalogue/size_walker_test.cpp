@@ -132,6 +132,9 @@ TEST(FileSize, WalksTenThousandLevelsWithinAHandfulOfDescriptors) {
         fd = next;
     }
     ::close(fd);
+    // Each walk (the first and each worker's) keeps a bounded number of folders open, far below one per level.
+    const testing::DescriptorLimit limit(256);
+    ASSERT_TRUE(limit.lowered());
     for (const unsigned workers : {0U, 2U}) {
         SizeCounter sizes(workers);
         EXPECT_EQ(sizes.measureFolder(top), (TreeSum{fileBytes, false})) << workers;

@@ -4,10 +4,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <chrono>
-#include <fstream>
-#include <thread>
-
 #include "platform/running_apps.hpp"
 
 namespace tidewell {
@@ -19,19 +15,21 @@ TEST(RunningApplications, AProcessOfTheUserNamedFirefoxIsSeenWhileItRuns) {
     if (probe->runningAmong(names).contains("Firefox")) {
         GTEST_SKIP() << "a Firefox runs on this machine already";
     }
+    int named[2];
+    ASSERT_EQ(::pipe(named), 0);
     const pid_t child = ::fork();
     if (child == 0) {
         ::prctl(PR_SET_NAME, "Firefox");
+        ::close(named[0]);
+        ::close(named[1]); // tells the parent the name is set
         ::pause();
         ::_exit(0);
     }
     ASSERT_GT(child, 0);
-    const std::string comm = "/proc/" + std::to_string(child) + "/comm";
-    std::string name;
-    for (int tries = 0; tries < 500 && name != "Firefox"; ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        std::ifstream(comm) >> name;
-    }
+    ::close(named[1]);
+    char none = 0;
+    ASSERT_EQ(::read(named[0], &none, 1), 0); // the end of the pipe: the child has its name
+    ::close(named[0]);
     const bool seen = probe->runningAmong(names).contains("Firefox");
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
