@@ -49,6 +49,7 @@ void ScanDriver::resetAndAddavailbleApplications() {
         std::lock_guard lock(m_scanMutex);
         generation = ++m_generation;
         m_measuredBytes = 0;
+        m_measuredLocations.clear();
         m_catalogue.clear();
     }
     m_isScanRunningForDetails = true;
@@ -92,7 +93,13 @@ void ScanDriver::scanInBG(const std::stop_token& stop, std::uint64_t generation)
                 return;
             }
             m_catalogue.append(std::move(outcome.section));
-            m_measuredBytes += outcome.bytes;
+            if (m_disk.layout().countNestedOnce) {
+                m_measuredLocations.insert(m_measuredLocations.end(), outcome.locations.begin(),
+                                           outcome.locations.end());
+                m_measuredBytes = bytesCountedOnce(m_measuredLocations);
+            } else {
+                m_measuredBytes += outcome.bytes;
+            }
         }
         if (outcome.handOver && !m_mainThread.runAndWait([this] { m_observer.setHeightDetails(); }, stop)) {
             return;

@@ -11,6 +11,7 @@
 
 #include "layout/disk_root.hpp"
 #include "base/main_thread.hpp"
+#include "catalogue/items.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
 
@@ -44,6 +45,8 @@ struct BuilderOutcome {
     RecordPtr section;
     std::int64_t bytes = 0;
     bool handOver = true;
+    /// The section's measured locations, for a total that counts each place once.
+    std::vector<MeasuredLocation> locations = {};
 };
 
 using SectionBuilder = std::function<BuilderOutcome(ScanEnv&)>;
@@ -91,6 +94,8 @@ public:
     void setIsScanRunningForDetails(bool running) { m_isScanRunningForDetails = running; }
 
     /// The measured total of the sections of the current scan so far.
+    /// The total of the sections so far: their sizes added up, or on a layout that counts nested locations once,
+    /// every place they measure counted once.
     [[nodiscard]] std::int64_t measuredBytes() const;
 
     /// Waits until the current scan thread has ended (for callers without an event loop of their own).
@@ -112,6 +117,7 @@ private:
     mutable std::mutex m_scanMutex; // generation, total, appends
     std::uint64_t m_generation = 0;
     std::int64_t m_measuredBytes = 0;
+    std::vector<MeasuredLocation> m_measuredLocations;
     std::jthread m_thread;
     std::vector<std::jthread> m_replaced;
 };

@@ -54,6 +54,7 @@ TEST(Locations, ABrowserUsesItsFirstDataFolderThatExistsAndItsProfilesCaches) {
                           .profiles = ProfileRule::LocalState,
                           .adultHistoryName = "B Adult History",
                           .historyDatabase = {Anchor::Profile, "History"},
+                          .profileHistory = {Anchor::Profile, "History"},
                           .history = nullptr,
                           .extensions = {Anchor::Profile, "Extensions"},
                           .extensionsCaption = "B Extensions",
