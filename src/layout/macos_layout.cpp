@@ -115,13 +115,18 @@ const DiskLayout& macosLayout() {
         .gathered = {chromeCachesRow({Anchor::CacheFolder, ""})},
     };
 
-    // Of the one profile Firefox's section cleans.
+    // Of the one profile Firefox's section cleans; without one the section has no items at all.
     static const SourceTable kFirefoxTable{
         .browser = &kFirefox,
-        .items = firefoxProfileRows({{Anchor::Home, "Library/Caches/Mozilla/updates/Applications/Firefox"},
-                                     {Anchor::CacheFolder, ""},
-                                     {Anchor::ProfileCache, "cache2"}}),
-        .gathered = {firefoxCrashReportsRow()},
+        .items =
+            [] {
+                std::vector<ItemRow> rows =
+                    firefoxProfileRows({{Anchor::Home, "Library/Caches/Mozilla/updates/Applications/Firefox"},
+                                        {Anchor::CacheFolder, ""},
+                                        {Anchor::ProfileCache, "cache2"}});
+                rows.push_back(firefoxCrashReportsRow());
+                return rows;
+            }(),
     };
 
     // The System section is there on every disk; the Finder's application only gives it its image.
