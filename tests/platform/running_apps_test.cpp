@@ -4,39 +4,59 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 #include <fstream>
 #include <thread>
 
+#include "cleaning/browser_check.hpp"
 #include "platform/running_apps.hpp"
 
 namespace tidewell {
 namespace {
 
-TEST(RunningApplications, AProcessOfTheUserNamedFirefoxIsSeenWhileItRuns) {
+// A process renamed as a browser's process (the kernel's comm, as Firefox's renamed main process "GeckoMain"
+// shows) is seen while it runs, and no longer once it has ended; the layout says which browser the name is.
+TEST(RunningApplications, AProcessOfTheUserNamedLikeABrowserIsSeenWhileItRuns) {
     const auto probe = systemRunningApplications();
-    const std::set<std::string> names{"Firefox", "Safari"};
-    if (probe->runningAmong(names).contains("Firefox")) {
-        GTEST_SKIP() << "a Firefox runs on this machine already";
+    const struct {
+        const char* processName;
+        const DiskLayout& layout;
+        const char* browser;
+    } scenarios[] = {{"Firefox", macosLayout(), "Firefox"},
+                     {"GeckoMain", linuxLayout(), "Firefox"},
+                     {"firefox-esr", linuxLayout(), "Firefox"},
+                     {"chromium", linuxLayout(), "Chromium"},
+                     {"vivaldi-bin", linuxLayout(), "Vivaldi"}};
+    for (const auto& scenario : scenarios) {
+        const std::set<std::string> names{scenario.processName, "Safari"};
+        if (probe->runningAmong(names).contains(scenario.processName)) {
+            std::printf("skipped %s: one runs on this machine already\n", scenario.processName);
+            continue;
+        }
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::prctl(PR_SET_NAME, scenario.processName);
+            ::pause();
+            ::_exit(0);
+        }
+        ASSERT_GT(child, 0);
+        const std::string comm = "/proc/" + std::to_string(child) + "/comm";
+        std::string name;
+        for (int tries = 0; tries < 500 && name != scenario.processName; ++tries) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(2));
+            std::ifstream(comm) >> name;
+        }
+        const bool seen = probe->runningAmong(names).contains(scenario.processName);
+        const std::vector<const Browser*> browsers = runningBrowsers(scenario.layout, *probe);
+        ::kill(child, SIGKILL);
+        ::waitpid(child, nullptr, 0);
+        EXPECT_TRUE(seen) << scenario.processName;
+        EXPECT_TRUE(std::ranges::any_of(browsers, [&](const Browser* b) { return b->name == scenario.browser; }))
+            << scenario.processName;
+        EXPECT_FALSE(probe->runningAmong(names).contains(scenario.processName)) << scenario.processName;
     }
-    const pid_t child = ::fork();
-    if (child == 0) {
-        ::prctl(PR_SET_NAME, "Firefox");
-        ::pause();
-        ::_exit(0);
-    }
-    ASSERT_GT(child, 0);
-    const std::string comm = "/proc/" + std::to_string(child) + "/comm";
-    std::string name;
-    for (int tries = 0; tries < 500 && name != "Firefox"; ++tries) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        std::ifstream(comm) >> name;
-    }
-    const bool seen = probe->runningAmong(names).contains("Firefox");
-    ::kill(child, SIGKILL);
-    ::waitpid(child, nullptr, 0);
-    EXPECT_TRUE(seen);
-    EXPECT_FALSE(probe->runningAmong(names).contains("Firefox"));
 }
 
 } // namespace
