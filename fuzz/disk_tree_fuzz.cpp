@@ -287,10 +287,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     SizeCounter sizes(0);
     for (const std::string& location : ticked) {
         if (boundary.admits(location)) {
-            static_cast<void>(sizes.fileSizeOf(location));
+            static_cast<void>(sizes.allocatedSize(location));
         }
     }
-    fuzz::require(sizes.fileSizeOf(world.home) == allocatedBelow(world.home),
+    fuzz::require(sizes.allocatedSize(world.home) == allocatedBelow(world.home),
                   "the home measures the allocated bytes below it, links not followed");
 
     // Removing, with the folders named for swapping moved out of the home and replaced by a link to the decoy in

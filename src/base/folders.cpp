@@ -27,22 +27,6 @@ UniqueFd::~UniqueFd() {
     }
 }
 
-DIR* reopenFolderAbove(int childFd, dev_t dev, ino_t ino) {
-    const int fd = ::openat(childFd, "..", O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-    if (fd < 0) {
-        return nullptr;
-    }
-    struct stat st {};
-    DIR* dir = nullptr;
-    if (::fstat(fd, &st) == 0 && st.st_dev == dev && st.st_ino == ino) {
-        dir = ::fdopendir(fd);
-    }
-    if (dir == nullptr) {
-        ::close(fd);
-    }
-    return dir;
-}
-
 std::vector<std::string> listFolderNames(const std::string& path) {
     std::vector<std::string> names;
     const std::unique_ptr<DIR, int (*)(DIR*)> dir(::opendir(path.c_str()), ::closedir);

@@ -1,8 +1,5 @@
 #pragma once
 
-#include <dirent.h>
-#include <sys/types.h>
-
 #include <optional>
 #include <string>
 #include <string_view>
@@ -34,24 +31,6 @@ public:
 private:
     int m_fd = -1;
 };
-
-/// Opens, without following links, the folder above the folder open at childFd, and only if it is still the
-/// folder (dev, ino) a walk left there: walks that close shallow folders to spare descriptors find them again so,
-/// and a folder moved meanwhile is not mistaken for them. Nothing when it cannot be opened or is another.
-[[nodiscard]] DIR* reopenFolderAbove(int childFd, dev_t dev, ino_t ino);
-
-/// Closes the shallowest open folder of a walk's levels (each with a `DIR* dir`, null while closed), so that a
-/// walk of any depth keeps a bounded number of descriptors. Returns whether one was closed.
-template <class Level> bool closeShallowestFolder(std::vector<Level>& levels) {
-    for (Level& level : levels) {
-        if (level.dir != nullptr) {
-            ::closedir(level.dir);
-            level.dir = nullptr;
-            return true;
-        }
-    }
-    return false;
-}
 
 /// The names in a folder, one level, hidden ones included, in the order the file system gives them ("." and ".."
 /// left out). A folder that cannot be listed gives an empty list.

@@ -72,11 +72,7 @@ void EventQueue::run() {
         if (m_tasks.empty()) {
             return;
         }
-        auto task = std::move(m_tasks.front());
-        m_tasks.pop_front();
-        lock.unlock();
-        task();
-        lock.lock();
+        runFirstTask(m_tasks, lock);
     }
 }
 

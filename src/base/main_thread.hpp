@@ -7,6 +7,8 @@
 #include <stop_token>
 #include <thread>
 
+#include "base/task_queue.hpp"
+
 namespace tidewell {
 
 /// The hand-over to the main thread: a scan thread asks the main thread to run something and waits for it, so the
@@ -53,7 +55,7 @@ private:
     std::thread::id m_mainThread;
     std::mutex m_mutex;
     std::condition_variable m_ready;
-    std::deque<std::function<void()>> m_tasks;
+    TaskQueue m_tasks;
     bool m_quit = false;
 };
 

@@ -25,7 +25,7 @@ MeasuredItems measureItems(const RecordList& items, SizeCounter& counter) {
         std::int64_t itemBytes = 0;
         if (const UrlList* locations = Item(record).locations()) {
             for (const FileUrl& location : *locations) {
-                const std::int64_t bytes = counter.fileSizeOf(location);
+                const std::int64_t bytes = counter.allocatedSize(location);
                 measured.locations.push_back({location.path, bytes});
                 itemBytes += bytes;
             }

@@ -33,14 +33,11 @@ ScanDriver::ScanDriver(DiskRoot disk, MainThreadExecutor& mainThread, ScanObserv
 
 ScanDriver::~ScanDriver() {
     m_thread.request_stop();
-    for (auto& replaced : m_replaced) {
-        replaced.request_stop();
-    }
     // jthread joins on destruction; a thread blocked in a hand-over returns from it once stopped.
 }
 
-void ScanDriver::resetAndAddavailbleApplications() {
-    if (m_scanningDone || m_isScanRunningForDetails) {
+void ScanDriver::startScan() {
+    if (m_scanDone || m_scanRunning) {
         return;
     }
     m_observer.startIndicator();
@@ -52,19 +49,39 @@ void ScanDriver::resetAndAddavailbleApplications() {
         m_measuredLocations.clear();
         m_catalogue.clear();
     }
-    m_isScanRunningForDetails = true;
-    m_scanningDone = false;
+    m_scanRunning = true;
+    m_scanDone = false;
+    retireScanThread();
+    m_thread = std::jthread([this, generation](const std::stop_token& stop) { runScan(stop, generation); });
+    m_observer.sectionsChanged();
+}
+
+void ScanDriver::retireScanThread() {
     if (m_thread.joinable()) {
         m_thread.request_stop();
         m_replaced.push_back(std::move(m_thread));
     }
-    m_thread = std::jthread([this, generation](const std::stop_token& stop) { scanInBG(stop, generation); });
-    m_observer.setHeightDetails();
+    // A stopped thread ends at its next builder or hand-over, so joining it waits at most for one builder. The
+    // one exception: a scan started from inside a hand-over (a rescan asked for when a scan finishes) runs while
+    // that scan's thread waits for the very call it is in; that thread is joined at the next start instead.
+    if (!m_handingOver) {
+        m_replaced.clear();
+    }
 }
 
-void ScanDriver::refreshBrowserData() {
-    m_scanningDone = false;
-    resetAndAddavailbleApplications();
+bool ScanDriver::handOver(const std::stop_token& stop, const std::function<void()>& onMainThread) {
+    return m_mainThread.runAndWait(
+        [this, &onMainThread] {
+            m_handingOver = true;
+            onMainThread();
+            m_handingOver = false;
+        },
+        stop);
+}
+
+void ScanDriver::refresh() {
+    m_scanDone = false;
+    startScan();
 }
 
 std::int64_t ScanDriver::measuredBytes() const {
@@ -78,7 +95,7 @@ void ScanDriver::waitForScanThread() {
     }
 }
 
-void ScanDriver::scanInBG(const std::stop_token& stop, std::uint64_t generation) {
+void ScanDriver::runScan(const std::stop_token& stop, std::uint64_t generation) {
     // The home is resolved once per scan and held: every location is measured below that open folder.
     SizeCounter sizes(SizeCounter::defaultWorkers(), stop, HeldFolder(m_disk.homePath()));
     ScanEnv env{m_disk, sizes};
@@ -101,14 +118,14 @@ void ScanDriver::scanInBG(const std::stop_token& stop, std::uint64_t generation)
                 m_measuredBytes += outcome.bytes;
             }
         }
-        if (outcome.handOver && !m_mainThread.runAndWait([this] { m_observer.setHeightDetails(); }, stop)) {
+        if (outcome.handOver && !handOver(stop, [this] { m_observer.sectionsChanged(); })) {
             return;
         }
     }
-    m_mainThread.runAndWait([this, generation] { BGscanDone(generation); }, stop);
+    handOver(stop, [this, generation] { finishScan(generation); });
 }
 
-void ScanDriver::BGscanDone(std::uint64_t generation) {
+void ScanDriver::finishScan(std::uint64_t generation) {
     {
         std::lock_guard lock(m_scanMutex);
         if (generation != m_generation) {
@@ -116,8 +133,8 @@ void ScanDriver::BGscanDone(std::uint64_t generation) {
         }
     }
     m_observer.stopIndicator();
-    m_isScanRunningForDetails = false;
-    m_scanningDone = true;
+    m_scanRunning = false;
+    m_scanDone = true;
     m_observer.scanFinished();
 }
 

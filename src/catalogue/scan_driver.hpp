@@ -17,7 +17,7 @@
 
 namespace tidewell {
 
-/// `availbleApp`: the ordered list of sections. The scan thread appends while the main thread may draw, so every
+/// The catalogue: the ordered list of sections. The scan thread appends while the main thread may draw, so every
 /// access goes through a lock; the records themselves are only changed on the main thread once appended.
 class Catalogue {
 public:
@@ -40,7 +40,7 @@ struct ScanEnv {
 };
 
 /// What a section builder produced: zero or one section (with its measured total), and whether it asks the main
-/// thread to run `setHeightDetails` (every builder does, but Chrome's when "Local State" cannot be read).
+/// thread to run `sectionsChanged` (every builder does, but Chrome's when "Local State" cannot be read).
 struct BuilderOutcome {
     RecordPtr section;
     std::int64_t bytes = 0;
@@ -58,17 +58,18 @@ public:
     virtual void startIndicator() {}
     virtual void stopIndicator() {}
     /// After each builder, and once when a scan starts: the catalogue may have grown.
-    virtual void setHeightDetails() {}
-    /// After `BGscanDone`.
+    virtual void sectionsChanged() {}
+    /// After `finishScan`.
     virtual void scanFinished() {}
 };
 
-/// The scan driver of `ToolsViewController`: two flags allow one scan at a time; a scan empties `availbleApp`
+/// The scan driver of `ToolsViewController`: two flags allow one scan at a time; a scan empties the catalogue
 /// and runs the builders in their fixed order on one background thread, handing over to the main thread after
 /// each and finishing on it.
 ///
-/// A scan that a newer one replaces (the clean path clears both flags and starts afresh) is told to stop; its
-/// later appends and its completion are dropped, so two scans never mix their sections.
+/// A scan that a newer one replaces (the clean path clears both flags and starts afresh) is told to stop and its
+/// thread is joined before the new one starts; its later appends and its completion are dropped, so two scans
+/// never mix their sections, and a tray application refreshed for days keeps one scan thread, not one per scan.
 class ScanDriver {
 public:
     ScanDriver(DiskRoot disk, MainThreadExecutor& mainThread, ScanObserver& observer,
@@ -79,19 +80,19 @@ public:
     ScanDriver& operator=(const ScanDriver&) = delete;
 
     /// Starts a scan unless one is running or done: starts the indicator, empties the catalogue, sets the flags,
-    /// starts `scanInBG` on a new thread and calls `setHeightDetails` at once. Main thread.
-    void resetAndAddavailbleApplications();
-    /// The user's rescan: clears `scanningDone` and starts.
-    void refreshBrowserData();
+    /// starts `runScan` on a new thread and calls `sectionsChanged` at once. Main thread.
+    void startScan();
+    /// The user's rescan: clears `scanDone` and starts.
+    void refresh();
 
-    [[nodiscard]] Catalogue& availbleApp() { return m_catalogue; }
-    [[nodiscard]] const Catalogue& availbleApp() const { return m_catalogue; }
+    [[nodiscard]] Catalogue& catalogue() { return m_catalogue; }
+    [[nodiscard]] const Catalogue& catalogue() const { return m_catalogue; }
     [[nodiscard]] const DiskRoot& disk() const { return m_disk; }
 
-    [[nodiscard]] bool scanningDone() const { return m_scanningDone; }
-    [[nodiscard]] bool isScanRunningForDetails() const { return m_isScanRunningForDetails; }
-    void setScanningDone(bool done) { m_scanningDone = done; }
-    void setIsScanRunningForDetails(bool running) { m_isScanRunningForDetails = running; }
+    [[nodiscard]] bool scanDone() const { return m_scanDone; }
+    [[nodiscard]] bool scanRunning() const { return m_scanRunning; }
+    void setScanDone(bool done) { m_scanDone = done; }
+    void setScanRunning(bool running) { m_scanRunning = running; }
 
     /// The measured total of the sections of the current scan so far.
     /// The total of the sections so far: their sizes added up, or on a layout that counts nested locations once,
@@ -102,8 +103,12 @@ public:
     void waitForScanThread();
 
 private:
-    void scanInBG(const std::stop_token& stop, std::uint64_t generation);
-    void BGscanDone(std::uint64_t generation);
+    void runScan(const std::stop_token& stop, std::uint64_t generation);
+    void finishScan(std::uint64_t generation);
+    /// Stops the current scan thread and joins it, and any replaced before; see the .cpp for the one wait put off.
+    void retireScanThread();
+    /// Runs onMainThread on the main thread for the scan thread; false when the scan was stopped first.
+    bool handOver(const std::stop_token& stop, const std::function<void()>& onMainThread);
 
     DiskRoot m_disk;
     MainThreadExecutor& m_mainThread;
@@ -111,15 +116,16 @@ private:
     std::vector<SectionBuilder> m_builders;
 
     Catalogue m_catalogue;
-    bool m_scanningDone = false;
-    bool m_isScanRunningForDetails = false;
+    bool m_scanDone = false;
+    bool m_scanRunning = false;
 
     mutable std::mutex m_scanMutex; // generation, total, appends
     std::uint64_t m_generation = 0;
     std::int64_t m_measuredBytes = 0;
     std::vector<MeasuredLocation> m_measuredLocations;
     std::jthread m_thread;
-    std::vector<std::jthread> m_replaced;
+    std::vector<std::jthread> m_replaced; // stopped, joined at the next start (at most the one put off)
+    bool m_handingOver = false;           // main thread only
 };
 
 } // namespace tidewell

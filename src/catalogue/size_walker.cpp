@@ -11,7 +11,7 @@
 #include <memory>
 #include <variant>
 
-#include "base/folders.hpp"
+#include "base/folder_walk.hpp"
 
 namespace tidewell {
 
@@ -52,11 +52,7 @@ void WalkPool::workerLoop(const std::stop_token& stop) {
         if (!m_wake.wait(lock, stop, [this] { return !m_tasks.empty(); })) {
             return;
         }
-        auto task = std::move(m_tasks.front());
-        m_tasks.pop_front();
-        lock.unlock();
-        task();
-        lock.lock();
+        runFirstTask(m_tasks, lock);
         ++m_idle;
     }
 }
@@ -66,23 +62,14 @@ void WalkPool::workerLoop(const std::stop_token& stop) {
 
 namespace {
 
-// Open folders kept per walk; deeper levels are closed and found again through ".." on the way back up.
-constexpr std::size_t kMaxOpenLevels = 32;
-
-constexpr int kOpenFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-
 std::int64_t allocatedBytes(const struct stat& st) {
     return static_cast<std::int64_t>(st.st_blocks) * 512;
 }
 
-bool isDotOrDotDot(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
-// An entry that vanished or changed kind between the listing and the look at it is passed over: it was not
-// unreadable, it is just not there any more.
+// An entry that vanished or changed kind (or was replaced by another folder) between the listing and the look at
+// it is passed over: it was not unreadable, it is just not there any more.
 bool vanished(int error) {
-    return error == ENOENT || error == ENOTDIR || error == ELOOP;
+    return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ESTALE;
 }
 
 // The sums of one walk in walk order: what the walk summed itself, interleaved with the sums of folders handed
@@ -139,54 +126,35 @@ private:
     std::vector<std::variant<TreeSum, std::future<TreeSum>>> m_parts;
 };
 
-struct Level {
-    DIR* dir = nullptr; // null while closed to spare descriptors
-    dev_t dev = 0;
-    ino_t ino = 0;
-    std::size_t consumed = 0; // entries read so far, to find the place again after reopening
-};
-
 } // namespace
 
 class Walker {
 public:
     explicit Walker(SizeCounter& counter) : m_counter(counter) {}
 
-    // Walks the folder open at fd (which the walk owns), in pre-order, as a deep enumeration does.
-    TreeSum walk(int fd, dev_t dev, ino_t ino) {
+    // Sums the tree below the folder open at fd (which the walk takes), in pre-order, as a deep enumeration does.
+    TreeSum walk(UniqueFd fd, const struct stat& seen) {
+        FolderWalk walk(FolderWalk::Reread::OnFromWhereLeft);
+        if (!walk.enter(std::move(fd), seen)) {
+            return {0, true};
+        }
         OrderedSums sums;
         std::int64_t bytes = 0;
         bool stopped = false;
-        if (!push(fd, dev, ino)) {
-            return {0, true};
-        }
-        while (!m_levels.empty()) {
+        while (walk.depth() > 0 && !stopped) {
             if (m_counter.m_stop.stop_requested()) {
                 stopped = true;
                 break;
             }
-            Level& top = m_levels.back();
-            errno = 0;
-            const dirent* entry = ::readdir(top.dir);
-            if (entry == nullptr) {
-                if (errno != 0 || !climb()) {
-                    stopped = true;
-                    break;
-                }
+            const FolderWalk::Event event = walk.next();
+            if (event.step != FolderWalk::Step::Entry) {
+                stopped = event.step == FolderWalk::Step::Failed || !event.complete;
                 continue;
             }
-            ++top.consumed;
-            if (isDotOrDotDot(entry->d_name)) {
-                continue;
-            }
-            const int parentFd = ::dirfd(top.dir);
             struct stat st {};
-            if (::fstatat(parentFd, entry->d_name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
-                if (vanished(errno)) {
-                    continue;
-                }
-                stopped = true;
-                break;
+            if (::fstatat(event.folderFd, event.name, &st, AT_SYMLINK_NOFOLLOW) != 0) {
+                stopped = !vanished(errno);
+                continue;
             }
             if (!S_ISDIR(st.st_mode)) {
                 bytes += allocatedBytes(st);
@@ -196,106 +164,41 @@ public:
                 if (const auto known = m_counter.m_measured.find({st.st_dev, st.st_ino});
                     known != m_counter.m_measured.end()) {
                     bytes += known->second.bytes;
-                    if (known->second.stopped) {
-                        stopped = true;
-                        break;
-                    }
+                    stopped = known->second.stopped;
                     continue;
                 }
             }
-            const int childFd = ::openat(parentFd, entry->d_name, kOpenFolderFlags);
-            if (childFd < 0) {
-                if (vanished(errno)) {
-                    continue;
-                }
-                stopped = true;
-                break;
-            }
-            if (handOver(childFd, st, sums, bytes)) {
+            int error = 0;
+            UniqueFd child = openFolderLookedAt(event.folderFd, event.name, st, error);
+            if (!child.valid()) {
+                stopped = !vanished(error);
                 continue;
             }
-            if (!push(childFd, st.st_dev, st.st_ino)) {
+            if (!handOver(child, st, sums, bytes) && !walk.enter(std::move(child), st)) {
                 stopped = true;
-                break;
             }
         }
-        closeAll();
         sums.add(TreeSum{bytes, stopped});
         return sums.total();
     }
 
 private:
-    bool handOver(int childFd, const struct stat& st, OrderedSums& sums, std::int64_t& bytes) {
+    // Gives the folder to an idle worker, if one is idle at this moment; the walk goes on with its next entry.
+    bool handOver(UniqueFd& child, const struct stat& st, OrderedSums& sums, std::int64_t& bytes) {
         auto task = std::make_shared<std::packaged_task<TreeSum()>>(
-            [counter = &m_counter, childFd, dev = st.st_dev, ino = st.st_ino] {
-                return Walker(*counter).walk(childFd, dev, ino);
-            });
+            [counter = &m_counter, fd = child.get(), st] { return Walker(*counter).walk(UniqueFd(fd), st); });
         std::future<TreeSum> result = task->get_future();
         if (!m_counter.m_pool.tryRun([task] { (*task)(); })) {
             return false;
         }
+        child.release(); // the worker's walk owns it now
         sums.add(TreeSum{bytes, false});
         bytes = 0;
         sums.add(std::move(result));
         return true;
     }
 
-    bool push(int fd, dev_t dev, ino_t ino) {
-        DIR* dir = ::fdopendir(fd);
-        if (dir == nullptr) {
-            ::close(fd);
-            return false;
-        }
-        if (m_open == kMaxOpenLevels && closeShallowestFolder(m_levels)) {
-            --m_open;
-        }
-        m_levels.push_back(Level{dir, dev, ino, 0});
-        ++m_open;
-        return true;
-    }
-
-    // Leaves the finished top folder. When its parent was closed for depth, the parent is found again through
-    // "..", checked to be the same folder, and read on from where it was left.
-    bool climb() {
-        Level finished = m_levels.back();
-        m_levels.pop_back();
-        bool ok = true;
-        if (!m_levels.empty() && m_levels.back().dir == nullptr) {
-            ok = reopen(::dirfd(finished.dir), m_levels.back());
-        }
-        ::closedir(finished.dir);
-        --m_open;
-        return ok;
-    }
-
-    bool reopen(int childFd, Level& level) {
-        DIR* dir = reopenFolderAbove(childFd, level.dev, level.ino);
-        if (dir == nullptr) {
-            return false;
-        }
-        for (std::size_t i = 0; i < level.consumed; ++i) {
-            if (::readdir(dir) == nullptr) {
-                break;
-            }
-        }
-        level.dir = dir;
-        ++m_open;
-        return true;
-    }
-
-    void closeAll() {
-        for (Level& level : m_levels) {
-            if (level.dir != nullptr) {
-                ::closedir(level.dir);
-            }
-        }
-        m_levels.clear();
-        m_open = 0;
-    }
-
     SizeCounter& m_counter;
-    std::vector<Level> m_levels;
-    std::size_t m_open = 0;
 };
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -307,20 +210,6 @@ SizeCounter::SizeCounter(unsigned workers, std::stop_token stop, HeldFolder with
 unsigned SizeCounter::defaultWorkers() {
     const unsigned cores = std::thread::hardware_concurrency();
     return cores > 1 ? cores - 1 : 0;
-}
-
-TreeSum SizeCounter::walkOpenFolder(int fd, FolderId id) {
-    if (m_reuse) {
-        if (const auto known = m_measured.find(id); known != m_measured.end()) {
-            ::close(fd);
-            return known->second;
-        }
-    }
-    const TreeSum sum = Walker(*this).walk(fd, id.first, id.second);
-    if (!m_stop.stop_requested()) {
-        m_measured[id] = sum;
-    }
-    return sum;
 }
 
 std::optional<std::pair<UniqueFd, std::string>> SizeCounter::parentOf(const std::string& path) const {
@@ -339,13 +228,23 @@ std::optional<std::pair<UniqueFd, std::string>> SizeCounter::parentOf(const std:
 
 TreeSum SizeCounter::walkBelow(int parentFd, const std::string& name, const struct stat& st) {
     const FolderId id{st.st_dev, st.st_ino};
-    const int fd = ::openat(parentFd, name.c_str(), kOpenFolderFlags);
-    if (fd < 0) {
+    int error = 0;
+    UniqueFd fd = openFolderLookedAt(parentFd, name.c_str(), st, error);
+    if (!fd.valid()) {
         const TreeSum unreadable{0, true};
         m_measured[id] = unreadable;
         return unreadable;
     }
-    return walkOpenFolder(fd, id);
+    if (m_reuse) {
+        if (const auto known = m_measured.find(id); known != m_measured.end()) {
+            return known->second;
+        }
+    }
+    const TreeSum sum = Walker(*this).walk(std::move(fd), st);
+    if (!m_stop.stop_requested()) {
+        m_measured[id] = sum;
+    }
+    return sum;
 }
 
 TreeSum SizeCounter::measureFolder(const std::string& path) {
@@ -358,7 +257,7 @@ TreeSum SizeCounter::measureFolder(const std::string& path) {
     return walkBelow(parent->first.get(), parent->second, st);
 }
 
-std::int64_t SizeCounter::fileSizeOf(const std::string& path) {
+std::int64_t SizeCounter::allocatedSize(const std::string& path) {
     const std::optional<std::pair<UniqueFd, std::string>> parent = parentOf(path);
     struct stat st {};
     if (!parent || ::fstatat(parent->first.get(), parent->second.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {

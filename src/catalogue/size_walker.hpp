@@ -16,6 +16,7 @@
 
 #include "base/file_url.hpp"
 #include "base/held_folder.hpp"
+#include "base/task_queue.hpp"
 
 namespace tidewell {
 
@@ -49,12 +50,12 @@ private:
 
     std::mutex m_mutex;
     std::condition_variable_any m_wake;
-    std::deque<std::function<void()>> m_tasks;
+    TaskQueue m_tasks;
     unsigned m_idle = 0;
     std::vector<std::jthread> m_threads;
 };
 
-/// Measures locations by allocated size for one scan: `fileSizeOf:` and the folder sums of the extension
+/// Measures locations by allocated size for one scan: each location's size and the folder sums of the extension
 /// inventories. Every location is reached below one held folder (the home, for a scan), one component at a time,
 /// so links are never followed, not on the way to a location either; a location outside that folder measures
 /// nothing. A folder adds nothing of its own; a walk stops at the first unreadable entry and keeps what it had
@@ -73,11 +74,11 @@ public:
 
     static unsigned defaultWorkers();
 
-    /// `fileSizeOf:` for one location. A folder (not a link to one): the sum of every file and link below it. Any
+    /// The size of one location. A folder (not a link to one): the sum of every file and link below it. Any
     /// other entry: its own allocated size. A location that does not exist, lies outside the held folder or behind
     /// a link: 0.
-    std::int64_t fileSizeOf(const std::string& path);
-    std::int64_t fileSizeOf(const FileUrl& url) { return fileSizeOf(url.path); }
+    std::int64_t allocatedSize(const std::string& path);
+    std::int64_t allocatedSize(const FileUrl& url) { return allocatedSize(url.path); }
 
     /// The walk below a folder, its own entry excluded; a folder that cannot be opened is {0, stopped}. A path
     /// that is not a folder (outside the held folder, behind a link, missing) gives {0, false}.
@@ -90,7 +91,6 @@ private:
     friend class Walker;
     using FolderId = std::pair<dev_t, ino_t>;
 
-    TreeSum walkOpenFolder(int fd, FolderId id);
     /// Walks the folder `name` of the folder open at parentFd, which a look found to be st.
     TreeSum walkBelow(int parentFd, const std::string& name, const struct stat& st);
     /// The folder open below the held one that holds a location, with the location's last component.

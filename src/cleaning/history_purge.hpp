@@ -11,7 +11,7 @@
 namespace tidewell {
 
 /// Who cleans: the window's or the command line's Clean (everything at once, in item order) or the hourly purge
-/// ("Remove Start" first, one task per history database). The two differ only in these respects and in one log
+/// ("Remove Start" first, one task per history database). The two differ only in these ways and in one log
 /// text of the Firefox purge.
 enum class CleanMode { Interactive, RealTime };
 

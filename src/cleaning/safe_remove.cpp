@@ -1,6 +1,5 @@
 #include "cleaning/safe_remove.hpp"
 
-#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,26 +9,11 @@
 #include <set>
 #include <span>
 
-#include "base/folders.hpp"
+#include "base/folder_walk.hpp"
 
 namespace tidewell {
 
 namespace {
-
-constexpr int kFolderFlags = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
-
-// Open folders kept while emptying a tree; shallower ones are closed and found again through ".." on the way up,
-// so a tree of any depth fits within the process's descriptor limit.
-constexpr std::size_t kMaxOpenLevels = 32;
-
-bool isDotOrDotDot(const char* name) {
-    return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
-bool sameFolder(int fd, dev_t dev, ino_t ino) {
-    struct stat st {};
-    return ::fstat(fd, &st) == 0 && S_ISDIR(st.st_mode) && st.st_dev == dev && st.st_ino == ino;
-}
 
 RemovalRaceHook& raceHook() {
     static RemovalRaceHook hook;
@@ -48,31 +32,31 @@ void betweenCheckAndOpen(int parentFd, const std::string& name) {
 class TreeRemover {
 public:
     TreeRemover(int parentFd, const HeldFolder& mount) : m_parentFd(parentFd), m_mount(mount) {}
-    TreeRemover(const TreeRemover&) = delete;
-    TreeRemover& operator=(const TreeRemover&) = delete;
-    ~TreeRemover() {
-        for (Level& level : m_levels) {
-            if (level.dir != nullptr) {
-                ::closedir(level.dir);
-            }
-        }
-    }
 
     bool remove(const std::string& name, const struct stat& seen) {
         betweenCheckAndOpen(m_parentFd, name);
-        const int fd = ::openat(m_parentFd, name.c_str(), kFolderFlags);
-        if (fd < 0) {
+        int error = 0;
+        UniqueFd fd = openFolderLookedAt(m_parentFd, name.c_str(), seen, error);
+        if (!fd.valid()) {
             // A folder that cannot be read may still be empty and removable.
-            return ::unlinkat(m_parentFd, name.c_str(), AT_REMOVEDIR) == 0;
+            return error != ESTALE && ::unlinkat(m_parentFd, name.c_str(), AT_REMOVEDIR) == 0;
         }
-        if (!sameFolder(fd, seen.st_dev, seen.st_ino) || !m_mount.onHeldMount(fd) ||
-            !push(fd, seen.st_dev, seen.st_ino, name)) {
-            ::close(fd);
+        if (!m_mount.onHeldMount(fd.get()) || !m_walk.enter(std::move(fd), seen)) {
             return false;
         }
-        while (!m_levels.empty()) {
-            if (!step()) {
-                return false;
+        m_levels.push_back(Level{name, {}});
+        while (m_walk.depth() > 0) {
+            const FolderWalk::Event event = m_walk.next();
+            switch (event.step) {
+            case FolderWalk::Step::Entry:
+                removeEntry(event.folderFd, event.name);
+                break;
+            case FolderWalk::Step::Left:
+                // Read to its end or not, the folder is removed if it can be: what stays in it keeps it.
+                removeLeftFolder(event.folderFd);
+                break;
+            case FolderWalk::Step::Failed:
+                return false; // a folder could not be found again
             }
         }
         return m_removedTop;
@@ -80,118 +64,67 @@ public:
 
 private:
     struct Level {
-        DIR* dir = nullptr; // null while closed to spare descriptors
-        dev_t dev = 0;
-        ino_t ino = 0;
         std::string name;           // its name in the folder above
         std::set<std::string> kept; // entries that could not be removed, passed over when read again
     };
 
-    // Handles one entry of the deepest open folder, or leaves that folder when it has been read to the end.
-    // False ends the whole removal (a folder could not be found again).
-    bool step() {
-        Level& top = m_levels.back();
-        errno = 0;
-        const dirent* entry = ::readdir(top.dir);
-        if (entry == nullptr) {
-            return climb();
+    void removeEntry(int fd, const std::string& name) {
+        std::set<std::string>& kept = m_levels.back().kept;
+        if (kept.contains(name)) {
+            return;
         }
-        if (isDotOrDotDot(entry->d_name)) {
-            return true;
-        }
-        const std::string name = entry->d_name;
-        if (top.kept.contains(name)) {
-            return true;
-        }
-        const int fd = ::dirfd(top.dir);
         struct stat st {};
         if (::fstatat(fd, name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
             if (errno != ENOENT) {
-                top.kept.insert(name);
+                kept.insert(name);
             }
-            return true;
+            return;
         }
         if (!S_ISDIR(st.st_mode)) {
             if (::unlinkat(fd, name.c_str(), 0) != 0 && errno != ENOENT) {
-                top.kept.insert(name);
+                kept.insert(name);
             }
-            return true;
+            return;
         }
         if (st.st_dev != m_mount.device()) {
-            top.kept.insert(name); // a mount point: what lies beyond is not ours to remove
-            return true;
+            kept.insert(name); // a mount point: what lies beyond is not ours to remove
+            return;
         }
         betweenCheckAndOpen(fd, name);
-        const int childFd = ::openat(fd, name.c_str(), kFolderFlags);
-        if (childFd < 0) {
-            if (errno != ENOENT && ::unlinkat(fd, name.c_str(), AT_REMOVEDIR) != 0) {
-                top.kept.insert(name);
+        int error = 0;
+        UniqueFd child = openFolderLookedAt(fd, name.c_str(), st, error);
+        if (!child.valid()) {
+            if (error == ESTALE || (error != ENOENT && ::unlinkat(fd, name.c_str(), AT_REMOVEDIR) != 0)) {
+                kept.insert(name);
             }
-            return true;
+            return;
         }
-        if (!sameFolder(childFd, st.st_dev, st.st_ino) || !m_mount.onHeldMount(childFd) ||
-            !push(childFd, st.st_dev, st.st_ino, name)) {
-            ::close(childFd);
-            top.kept.insert(name);
+        if (!m_mount.onHeldMount(child.get()) || !m_walk.enter(std::move(child), st)) {
+            kept.insert(name);
+            return;
         }
-        return true;
+        m_levels.push_back(Level{name, {}});
     }
 
-    bool push(int fd, dev_t dev, ino_t ino, const std::string& name) {
-        DIR* dir = ::fdopendir(fd);
-        if (dir == nullptr) {
-            return false;
-        }
-        if (m_open == kMaxOpenLevels && closeShallowestFolder(m_levels)) {
-            --m_open;
-        }
-        m_levels.push_back(Level{dir, dev, ino, name, {}});
-        ++m_open;
-        return true;
-    }
-
-    // The deepest folder has been read to the end: remove it from the folder above, finding that one again
-    // through ".." when it was closed. A folder found there that is not the one left earlier ends the removal.
-    bool climb() {
-        Level finished = std::move(m_levels.back());
+    // The deepest folder has been left: remove it from the folder above (open at aboveFd, or the first folder's
+    // parent when it was the first).
+    void removeLeftFolder(int aboveFd) {
+        const Level finished = std::move(m_levels.back());
         m_levels.pop_back();
-        int parentFd = m_parentFd;
-        if (!m_levels.empty()) {
-            Level& parent = m_levels.back();
-            if (parent.dir == nullptr && !reopen(::dirfd(finished.dir), parent)) {
-                ::closedir(finished.dir);
-                --m_open;
-                return false;
-            }
-            parentFd = ::dirfd(parent.dir);
-        }
-        ::closedir(finished.dir);
-        --m_open;
-        const bool removed = ::unlinkat(parentFd, finished.name.c_str(), AT_REMOVEDIR) == 0;
+        const bool removed =
+            ::unlinkat(aboveFd >= 0 ? aboveFd : m_parentFd, finished.name.c_str(), AT_REMOVEDIR) == 0;
         if (m_levels.empty()) {
             m_removedTop = removed;
         } else if (!removed) {
             m_levels.back().kept.insert(finished.name);
         }
-        return true;
-    }
-
-    // Reopens a closed folder from its child. It is read again from its start: what was removed is gone, and
-    // what could not be removed is in its kept set.
-    bool reopen(int childFd, Level& level) {
-        DIR* dir = reopenFolderAbove(childFd, level.dev, level.ino);
-        if (dir == nullptr) {
-            return false;
-        }
-        level.dir = dir;
-        ++m_open;
-        return true;
     }
 
     int m_parentFd;
     const HeldFolder& m_mount;
-    std::vector<Level> m_levels;
-    std::size_t m_open = 0;
+    // Read from the start again when found again: what went is gone, and what stayed is in its level's kept set.
+    FolderWalk m_walk{FolderWalk::Reread::FromStart};
+    std::vector<Level> m_levels; // beside the walk's open folders, one for one
     bool m_removedTop = false;
 };
 

@@ -29,7 +29,7 @@ struct Removal {
     friend bool operator==(const Removal&, const Removal&) = default;
 };
 
-/// Removes one location permanently, as `removeItemAtURL:` is asked to, but only inside the boundary:
+/// Removes one location permanently (a file, a link or a whole folder), but only inside the boundary:
 /// - a target outside the granted folder, the folder itself or an ancestor of it is left alone (OutsideBoundary),
 ///   and so is one outside the folder its `within` names (OutsideOwnFolder);
 /// - the components below the held folder are opened one at a time without following a link, so a link anywhere

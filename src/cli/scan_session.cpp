@@ -11,15 +11,15 @@ ScanSession::ScanSession(const DiskRoot& disk, std::vector<SectionBuilder> build
 
 void ScanSession::scan() {
     m_reported = 0;
-    m_driver.setIsScanRunningForDetails(false);
-    m_driver.setScanningDone(false);
-    m_driver.resetAndAddavailbleApplications();
+    m_driver.setScanRunning(false);
+    m_driver.setScanDone(false);
+    m_driver.startScan();
     m_queue.run();
     m_driver.waitForScanThread();
 }
 
-void ScanSession::setHeightDetails() {
-    const RecordList sections = m_driver.availbleApp().snapshot();
+void ScanSession::sectionsChanged() {
+    const RecordList sections = m_driver.catalogue().snapshot();
     for (; m_reported < sections.size(); ++m_reported) {
         if (m_onSection) {
             m_onSection(sections[m_reported]);
@@ -28,7 +28,7 @@ void ScanSession::setHeightDetails() {
 }
 
 void ScanSession::scanFinished() {
-    setHeightDetails();
+    sectionsChanged();
     m_queue.quit();
 }
 

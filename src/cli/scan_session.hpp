@@ -28,10 +28,10 @@ public:
     void scan();
 
     [[nodiscard]] ScanDriver& driver() { return m_driver; }
-    [[nodiscard]] const Catalogue& catalogue() const { return m_driver.availbleApp(); }
+    [[nodiscard]] const Catalogue& catalogue() const { return m_driver.catalogue(); }
 
 private:
-    void setHeightDetails() override;
+    void sectionsChanged() override;
     void scanFinished() override;
 
     EventQueue m_queue;

@@ -1,11 +1,13 @@
 #include "inventory/inventories.hpp"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
 #include <vector>
 
+#include "base/folder_walk.hpp"
 #include "base/folders.hpp"
 #include "catalogue/record_keys.hpp"
 #include "inventory/extension_metadata.hpp"
@@ -17,17 +19,6 @@ namespace {
 
 bool holdsNul(std::string_view path) {
     return path.find('\0') != std::string_view::npos;
-}
-
-std::vector<std::string> visibleNames(const std::string& path) {
-    std::vector<std::string> names = listFolderNames(path);
-    std::erase_if(names, [](const std::string& name) { return name.starts_with('.'); });
-    return names;
-}
-
-bool isFolderItself(const std::string& path) {
-    struct stat st {};
-    return ::lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode);
 }
 
 } // namespace
@@ -156,26 +147,29 @@ UrlList applicationsBelow(const FileUrl& folder) {
     if (holdsNul(folder.path)) {
         return found;
     }
-    // Depth first with a stack of open levels instead of recursion: a home folder may nest deeper than the
-    // thread's stack would allow.
-    struct Level {
-        std::string path;
-        std::vector<std::string> names;
-        std::size_t next = 0;
-    };
-    std::vector<Level> levels;
-    levels.push_back({folder.path, visibleNames(folder.path)});
-    while (!levels.empty()) {
-        Level& level = levels.back();
-        if (level.next == level.names.size()) {
-            levels.pop_back();
+    // The folder searched may itself be reached through links (as /Applications may be); nothing below it is.
+    UniqueFd top(::open(folder.path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    struct stat st {};
+    FolderWalk walk(FolderWalk::Reread::OnFromWhereLeft);
+    if (!top.valid() || ::fstat(top.get(), &st) != 0 || !walk.enter(std::move(top), st)) {
+        return found;
+    }
+    std::vector<std::string> paths{folder.path}; // beside the walk's open folders, one for one
+    while (walk.depth() > 0) {
+        const FolderWalk::Event event = walk.next();
+        if (event.step == FolderWalk::Step::Failed) {
+            break;
+        }
+        if (event.step == FolderWalk::Step::Left) {
+            paths.pop_back();
             continue;
         }
-        const std::string& name = level.names[level.next++];
-        std::string path = joinPath(level.path, name);
-        if (!isFolderItself(path)) {
+        const std::string_view name = event.name;
+        if (name.starts_with('.') ||
+            ::fstatat(event.folderFd, event.name, &st, AT_SYMLINK_NOFOLLOW) != 0 || !S_ISDIR(st.st_mode)) {
             continue;
         }
+        std::string path = joinPath(paths.back(), name);
         if (isPackageName(name)) {
             // The comparison is exact: "Tool.APP" is a package, so it is neither taken nor searched.
             if (pathExtension(name) == "app") {
@@ -183,8 +177,11 @@ UrlList applicationsBelow(const FileUrl& folder) {
             }
             continue;
         }
-        std::vector<std::string> names = visibleNames(path);
-        levels.push_back({std::move(path), std::move(names)});
+        int error = 0;
+        UniqueFd child = openFolderLookedAt(event.folderFd, event.name, st, error);
+        if (child.valid() && walk.enter(std::move(child), st)) {
+            paths.push_back(std::move(path));
+        }
     }
     return found;
 }

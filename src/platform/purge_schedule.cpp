@@ -17,8 +17,8 @@ namespace {
 
 constexpr std::string_view kWantsFolder = "timers.target.wants";
 
-// "%" starts a specifier in every unit setting; "%%" is a literal one.
-std::string escapeSpecifiers(std::string_view value) {
+// "%" starts a substitution in every unit setting; "%%" is a literal one.
+std::string escapePercentSigns(std::string_view value) {
     std::string escaped;
     for (const char c : value) {
         escaped += c;
@@ -81,7 +81,7 @@ std::string purgeServiceUnit(std::string_view program) {
                        "ExecStart={} purge\n"
                        "Nice=10\n"
                        "IOSchedulingClass=idle\n",
-                       escapeSpecifiers(program), '"' + escapeSpecifiers(program) + '"');
+                       escapePercentSigns(program), '"' + escapePercentSigns(program) + '"');
 }
 
 std::string purgeTimerUnit() {

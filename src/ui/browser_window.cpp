@@ -14,6 +14,7 @@
 
 #include "app/app_delegate.hpp"
 #include "app/notification_centre.hpp"
+#include "catalogue/record_keys.hpp"
 #include "ui/icons.hpp"
 #include "ui/widgets.hpp"
 #include "ui/window_chrome.hpp"
@@ -80,10 +81,10 @@ void BrowserView::setBrowserList(const RecordList& entries) {
         m_browserList.push_back(entry);
         auto* row = new QWidget(m_rows);
         auto* icon = new QLabel(row);
-        const QString image = imageNameForImg(entry->text("iconBrowser"));
+        const QString image = imageNameForImg(entry->text(keys::kBrowserIcon));
         icon->setPixmap(imagePixmap(image, kRowIconSize, devicePixelRatioF()));
         icon->setFixedSize(kRowIconSize, kRowIconSize);
-        auto* name = new QLabel(QString::fromStdString(entry->text("NameBrowser")), row);
+        auto* name = new QLabel(QString::fromStdString(entry->text(keys::kBrowserName)), row);
         name->setObjectName(QStringLiteral("NameBrowser"));
         setTextColour(*name, kTextColor);
         auto* line = new QHBoxLayout(row);

@@ -17,6 +17,7 @@
 #include "app/app_delegate.hpp"
 #include "app/notification_centre.hpp"
 #include "base/log.hpp"
+#include "catalogue/record_keys.hpp"
 #include "catalogue/ticks.hpp"
 #include "cleaning/browser_check.hpp"
 #include "cleaning/cleaning_engine.hpp"
@@ -67,16 +68,16 @@ QString qText(const std::string& text) {
 // The summary of an ordinary section: its items' names, in order.
 QString itemNames(const Record& section) {
     QStringList names;
-    if (const RecordList* items = section.list("List")) {
+    if (const RecordList* items = section.list(keys::kItems)) {
         for (const RecordPtr& item : *items) {
-            names.push_back(qText(item->text("NameText")));
+            names.push_back(qText(item->text(keys::kItemName)));
         }
     }
     return names.join(QStringLiteral(", "));
 }
 
 Tick tickOf(const Record& record) {
-    const std::int64_t value = record.number("isChecked").value_or(0);
+    const std::int64_t value = record.number(keys::kTick).value_or(0);
     return value == 1 ? Tick::On : value == -1 ? Tick::Mixed : Tick::Off;
 }
 
@@ -189,7 +190,7 @@ QWidget* ToolsViewController::makeBottomBar() {
     m_refreshButton = new QPushButton(QStringLiteral("Refresh"), bar);
     m_refreshButton->setObjectName(QStringLiteral("refreshButton"));
     styleSecondaryButton(*m_refreshButton);
-    connect(m_refreshButton, &QPushButton::clicked, this, &ToolsViewController::refreshBrowserData);
+    connect(m_refreshButton, &QPushButton::clicked, this, &ToolsViewController::refresh);
     m_removeButton = new QPushButton(QStringLiteral("Clean"), bar);
     m_removeButton->setObjectName(QStringLiteral("removeButton"));
     stylePrimaryButton(*m_removeButton);
@@ -232,17 +233,17 @@ void ToolsViewController::viewDidLoad() {
         m_appDel->makeAppChanges();
     }
     restoreSettingsBoxes();
-    resetAndAddavailbleApplications();
+    startScan();
 }
 
 // --- Catalogue and scan ---
 
-void ToolsViewController::resetAndAddavailbleApplications() {
-    m_driver->resetAndAddavailbleApplications();
+void ToolsViewController::startScan() {
+    m_driver->startScan();
 }
 
-void ToolsViewController::refreshBrowserData() {
-    m_driver->refreshBrowserData();
+void ToolsViewController::refresh() {
+    m_driver->refresh();
 }
 
 void ToolsViewController::startIndicator() {
@@ -253,10 +254,10 @@ void ToolsViewController::stopIndicator() {
     m_scannignIndicator->stopAnimation();
 }
 
-void ToolsViewController::setHeightDetails() {
-    const auto sections = static_cast<int>(availbleApp().size());
+void ToolsViewController::sectionsChanged() {
+    const auto sections = static_cast<int>(catalogue().size());
     m_itemTable->setVisible(sections != 0);
-    m_emptyText->setVisible(sections == 0 && m_driver->isScanRunningForDetails());
+    m_emptyText->setVisible(sections == 0 && m_driver->scanRunning());
     m_height = sections == 0                     ? kEmptyTableHeight
                : sections <= kMostRowsUnscrolled ? kRowStep * sections + kTableExtra
                                                  : kMostTableHeight;
@@ -270,17 +271,17 @@ void ToolsViewController::scanFinished() {
 
 void ToolsViewController::reloadTableAndUI() {
     m_itemTable->reloadData();
-    m_removeButton->setEnabled(anythingToClean(availbleApp()));
+    m_removeButton->setEnabled(anythingToClean(catalogue()));
 }
 
 // --- Tables ---
 
 int ToolsViewController::numberOfRowsInTableView(const CellTable& table) {
     if (table.tag() == kItemTableTag) {
-        return static_cast<int>(availbleApp().size());
+        return static_cast<int>(catalogue().size());
     }
     if (table.tag() == kSelectionTableTag && m_toolsSelectedDic) {
-        const RecordList* items = m_toolsSelectedDic->list("List");
+        const RecordList* items = m_toolsSelectedDic->list(keys::kItems);
         return items != nullptr ? static_cast<int>(items->size()) : 0;
     }
     return 0;
@@ -309,12 +310,12 @@ QWidget* ToolsViewController::itemRow(int row, QWidget* reusable) {
         connect(cell->scanButton(), &QPushButton::clicked, this, &ToolsViewController::RedirectToThornsweepPath);
     }
     cell->infoButton()->hide();
-    const RecordPtr section = row >= 0 ? availbleApp().at(static_cast<std::size_t>(row)) : nullptr;
+    const RecordPtr section = row >= 0 ? catalogue().at(static_cast<std::size_t>(row)) : nullptr;
     if (!section) {
         return cell;
     }
 
-    if (section->has("Type")) {
+    if (section->has(keys::kType)) {
         cell->checkBox()->hide();
         cell->setImageName(QStringLiteral("Thornsweep"));
         cell->detailsText()->setText(kPromotionSummary);
@@ -331,10 +332,10 @@ QWidget* ToolsViewController::itemRow(int row, QWidget* reusable) {
     cell->detailsButton()->show();
     cell->sizeText()->show();
     cell->scanButton()->hide();
-    const std::string& name = section->text("Name");
+    const std::string& name = section->text(keys::kName);
     cell->nameText()->setText(qText(name));
     QString summary;
-    QString size = qText(section->text("Size"));
+    QString size = qText(section->text(keys::kSize));
     if (name == "Chrome") {
         summary = kChromeSummary;
     } else if (name == "Browser Extensions") {
@@ -351,11 +352,11 @@ QWidget* ToolsViewController::itemRow(int row, QWidget* reusable) {
     cell->setToolTip(summary);
     cell->setDetailsImageName(QStringLiteral("DetatilsButton"));
 
-    cell->setImageName(imageNameForImg(section->text("Img")));
+    cell->setImageName(imageNameForImg(section->text(keys::kImage)));
     setTag(*cell->detailsButton(), row);
     setTag(*cell->checkBox(), row);
     cell->checkBox()->setTick(tickOf(*section));
-    const bool enabled = section->flag("isEnabled");
+    const bool enabled = section->flag(keys::kEnabled);
     cell->detailsButton()->setEnabled(enabled);
     cell->checkBox()->setEnabled(enabled);
     return cell;
@@ -368,22 +369,22 @@ QWidget* ToolsViewController::selectionRow(int row, QWidget* reusable) {
         connect(cell->checkBox(), &QCheckBox::clicked, this,
                 [this, cell] { selectionCheckBoxAction(*cell->checkBox()); });
     }
-    const RecordList* items = m_toolsSelectedDic ? m_toolsSelectedDic->list("List") : nullptr;
+    const RecordList* items = m_toolsSelectedDic ? m_toolsSelectedDic->list(keys::kItems) : nullptr;
     if (items == nullptr || row < 0 || static_cast<std::size_t>(row) >= items->size()) {
         return cell;
     }
     const Record& item = *(*items)[static_cast<std::size_t>(row)];
-    const bool caption = !item.flag("isHeader");
-    const QString name = qText(item.text("NameText"));
+    const bool caption = !item.flag(keys::kNotCaption);
+    const QString name = qText(item.text(keys::kItemName));
     cell->setCaption(caption);
-    cell->setIndented(!caption && m_toolsSelectedDic->flag("isFromThornsweep"));
-    cell->checkBox()->setEnabled(item.flag("isEnabled"));
+    cell->setIndented(!caption && m_toolsSelectedDic->flag(keys::kGrouped));
+    cell->checkBox()->setEnabled(item.flag(keys::kEnabled));
     cell->checkBox()->setTick(tickOf(item));
     cell->checkBox()->setToolTip(name);
     cell->nameText()->setText(name);
     cell->nameText()->setToolTip(name);
-    cell->sizeText()->setVisible(item.has("sizeText"));
-    cell->sizeText()->setText(qText(item.text("sizeText")));
+    cell->sizeText()->setVisible(item.has(keys::kSizeText));
+    cell->sizeText()->setText(qText(item.text(keys::kSizeText)));
     return cell;
 }
 
@@ -406,23 +407,23 @@ void ToolsViewController::checkBoxAction(TickBox& sender) {
     if (row < 0) {
         return;
     }
-    sender.setTick(tickSection(availbleApp(), static_cast<std::size_t>(row), sender.tick()));
+    sender.setTick(tickSection(catalogue(), static_cast<std::size_t>(row), sender.tick()));
     reloadTableAndUI();
 }
 
 void ToolsViewController::showDetailsFor(int row) {
-    const RecordPtr section = row >= 0 ? availbleApp().at(static_cast<std::size_t>(row)) : nullptr;
+    const RecordPtr section = row >= 0 ? catalogue().at(static_cast<std::size_t>(row)) : nullptr;
     if (!section) {
         return;
     }
     m_toolsSelectedDic = section;
-    m_selectionView->titleText()->setText(qText(section->text("Name")));
+    m_selectionView->titleText()->setText(qText(section->text(keys::kName)));
     m_selectionView->setGeometry(rect());
     m_selectionView->show();
     m_selectionView->raise();
     m_itemTable->scrollToPoint(kScrollUnderPanel);
 
-    const bool grouped = section->flag("isFromThornsweep");
+    const bool grouped = section->flag(keys::kGrouped);
     CellTable& table = *m_selectionView->table();
     table.setRowHeight(grouped ? kGroupedRowHeight : kPlainRowHeight);
     table.setUsesAlternatingRowBackgroundColors(!grouped);
@@ -486,7 +487,7 @@ void ToolsViewController::cleanAndReloadData() {
     if (!confirmClean()) {
         return;
     }
-    if (const RecordList inTheWay = browsersInTheWay(tickedSections(availbleApp().snapshot()), m_disk, *m_running);
+    if (const RecordList inTheWay = browsersInTheWay(tickedSections(catalogue().snapshot()), m_disk, *m_running);
         !inTheWay.empty()) {
         if (m_appDel) {
             m_appDel->displayPanel(inTheWay);
@@ -503,7 +504,7 @@ void ToolsViewController::cleanAndReloadData() {
 
 void ToolsViewController::refreshBrowser() {
     if (const RecordList stillInTheWay =
-            browsersStillInTheWay(tickedSections(availbleApp().snapshot()), m_disk, *m_running);
+            browsersStillInTheWay(tickedSections(catalogue().snapshot()), m_disk, *m_running);
         !stillInTheWay.empty()) {
         if (m_appDel) {
             m_appDel->reloadPanel(stillInTheWay);
@@ -518,9 +519,9 @@ void ToolsViewController::refreshBrowser() {
 }
 
 void ToolsViewController::rescanAfterClean() {
-    m_driver->setIsScanRunningForDetails(false);
-    m_driver->setScanningDone(false);
-    resetAndAddavailbleApplications();
+    m_driver->setScanRunning(false);
+    m_driver->setScanDone(false);
+    startScan();
 }
 
 void ToolsViewController::cleanSelected() {
@@ -530,7 +531,7 @@ void ToolsViewController::cleanSelected() {
     CleaningEngine engine(CleanMode::Interactive, granted ? boundaryOfGrant(*granted, m_disk) : DeletionBoundary(),
                           m_adultWords);
     engine.setLeftReporter([](const LeftAsItWas& left) { logLine(describe(left)); });
-    engine.cleanTicked(availbleApp().snapshot());
+    engine.cleanTicked(catalogue().snapshot());
 }
 
 // --- Bottom bar ---

@@ -37,7 +37,7 @@ struct ToolsViewOptions {
     std::shared_ptr<const RunningApplications> running;
 };
 
-/// `ToolsViewController`: the content of the main window. It owns the catalogue (`availbleApp`, through its scan
+/// `ToolsViewController`: the content of the main window. It owns the catalogue (through its scan
 /// driver), shows it in the item table (tag 1) with one ToolsCell per section, opens the details panel
 /// (SelectionView, whose table is tag 2) for one section, runs the Clean and Retry paths, and holds the settings
 /// check boxes, the help button, the spinning indicator (`scannignIndicator`), Refresh and Clean (`removeButton`).
@@ -73,21 +73,21 @@ public:
 
     // --- Catalogue and scan ---
 
-    [[nodiscard]] Catalogue& availbleApp() { return m_driver->availbleApp(); }
+    [[nodiscard]] Catalogue& catalogue() { return m_driver->catalogue(); }
     [[nodiscard]] ScanDriver& scanDriver() { return *m_driver; }
     [[nodiscard]] const AdultWords& adultWords() const { return m_adultWords; }
 
-    /// Starts a scan unless one runs or is done (ScanDriver::resetAndAddavailbleApplications).
-    void resetAndAddavailbleApplications();
+    /// Starts a scan unless one runs or is done (ScanDriver::startScan).
+    void startScan();
     /// Refresh: a fresh scan even after a finished one.
-    void refreshBrowserData();
+    void refresh();
 
     // ScanObserver: the hand-overs of the scan, on the main thread.
     void startIndicator() override;
     void stopIndicator() override;
     /// Sizes the table area for the sections there are (hidden and 91 with none, 75 x n + 15 for 1 to 5, 389 for
     /// 6 or more, which scrolls), then reloadTableAndUI.
-    void setHeightDetails() override;
+    void sectionsChanged() override;
     void scanFinished() override;
 
     /// Reloads the item table and enables Clean exactly when removeButtonEnabled says.

@@ -65,7 +65,7 @@ bool waitFor(const std::function<bool()>& done) {
 }
 
 int rowNamed(tidewell::ToolsViewController& controller, const std::string& name) {
-    const tidewell::RecordList sections = controller.availbleApp().snapshot();
+    const tidewell::RecordList sections = controller.catalogue().snapshot();
     for (std::size_t row = 0; row < sections.size(); ++row) {
         if (sections[row]->text("Name") == name) {
             return static_cast<int>(row);
@@ -116,7 +116,7 @@ int main(int argc, char** argv) {
 
     QWidget* window = delegate.windCMain();
     tidewell::ToolsViewController* controller = tidewell::toolsViewControllerOf(window);
-    if (controller == nullptr || !waitFor([&] { return controller->scanDriver().scanningDone(); })) {
+    if (controller == nullptr || !waitFor([&] { return controller->scanDriver().scanDone(); })) {
         std::fprintf(stderr, "tidewell-screenshots: the main window did not finish its scan\n");
         return 1;
     }

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <future>
 #include <latch>
 
@@ -25,11 +26,15 @@ struct RecordingObserver : ScanObserver {
 
     void startIndicator() override { ++started; }
     void stopIndicator() override { ++stopped; }
-    void setHeightDetails() override { sizesAtHandOver.push_back(driver->availbleApp().size()); }
+    void sectionsChanged() override { sizesAtHandOver.push_back(driver->catalogue().size()); }
+    std::function<void()> onFinish;
     void scanFinished() override {
         ++finished;
-        flagsAtFinish[0] = driver->isScanRunningForDetails();
-        flagsAtFinish[1] = driver->scanningDone();
+        if (onFinish) {
+            std::exchange(onFinish, nullptr)();
+        }
+        flagsAtFinish[0] = driver->scanRunning();
+        flagsAtFinish[1] = driver->scanDone();
         queue->quit();
     }
 };
@@ -63,7 +68,7 @@ protected:
 
     static std::vector<std::string> names(const ScanDriver& driver) {
         std::vector<std::string> out;
-        for (const RecordPtr& section : driver.availbleApp().snapshot()) {
+        for (const RecordPtr& section : driver.catalogue().snapshot()) {
             out.push_back(section->has("Type") ? "<" + section->text("Type") + ">" : section->text("Name"));
         }
         return out;
@@ -80,10 +85,10 @@ TEST_F(ScanDriverTest, RunsTheBuildersInOrderOnOneThreadHandingOverAfterEach) {
                                   return first(env);
                               },
                               nothing(), named("B", &threads, false), named("C", &threads)});
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     started.set_value();
-    EXPECT_TRUE(driver->isScanRunningForDetails());
-    EXPECT_FALSE(driver->scanningDone());
+    EXPECT_TRUE(driver->scanRunning());
+    EXPECT_FALSE(driver->scanDone());
     queue.run();
 
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"A", "B", "C"}));
@@ -110,22 +115,22 @@ TEST_F(ScanDriverTest, OneScanAtATimeAndNoRepeatOnceDone) {
         released.wait();
         return BuilderOutcome{makeRecord({{"Name", std::string("A")}}), 0, true};
     }});
-    driver->resetAndAddavailbleApplications();
-    driver->resetAndAddavailbleApplications(); // running: ignored
+    driver->startScan();
+    driver->startScan(); // running: ignored
     release.set_value();
     queue.run();
     EXPECT_EQ(runs, 1);
 
-    const RecordPtr first = driver->availbleApp().at(0);
-    driver->resetAndAddavailbleApplications(); // done: ignored
-    EXPECT_EQ(driver->availbleApp().at(0), first);
+    const RecordPtr first = driver->catalogue().at(0);
+    driver->startScan(); // done: ignored
+    EXPECT_EQ(driver->catalogue().at(0), first);
     EXPECT_EQ(observer.started, 1);
 
-    driver->refreshBrowserData(); // the user's rescan builds fresh records
+    driver->refresh(); // the user's rescan builds fresh records
     queue.run();
     EXPECT_EQ(runs, 2);
-    EXPECT_EQ(driver->availbleApp().size(), 1U);
-    EXPECT_NE(driver->availbleApp().at(0), first);
+    EXPECT_EQ(driver->catalogue().size(), 1U);
+    EXPECT_NE(driver->catalogue().at(0), first);
 }
 
 TEST_F(ScanDriverTest, AReplacedScanNeitherAppendsNorFinishesTheNewOne) {
@@ -141,21 +146,44 @@ TEST_F(ScanDriverTest, AReplacedScanNeitherAppendsNorFinishesTheNewOne) {
         }
         return BuilderOutcome{makeRecord({{"Name", std::string("fresh")}}), 0, true};
     }});
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     entered.wait();
-    // The clean path clears both flags and starts again while the first scan is still inside a builder.
-    driver->setIsScanRunningForDetails(false);
-    driver->setScanningDone(false);
-    driver->resetAndAddavailbleApplications();
-    release.set_value();
+    // The clean path clears both flags and starts again while the first scan is still inside a builder; the new
+    // start waits for that builder (released from elsewhere) to end the replaced thread.
+    driver->setScanRunning(false);
+    driver->setScanDone(false);
+    const std::jthread releaser([&] { release.set_value(); });
+    driver->startScan();
     queue.run();
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"fresh"}));
     EXPECT_EQ(observer.finished, 1);
 }
 
+std::size_t liveThreads() {
+    return static_cast<std::size_t>(std::distance(std::filesystem::directory_iterator("/proc/self/task"),
+                                                  std::filesystem::directory_iterator{}));
+}
+
+TEST_F(ScanDriverTest, ReplacedScanThreadsAreJoinedNotLeftBehind) {
+    const std::size_t before = liveThreads();
+    auto driver = makeDriver({named("A"), named("B")});
+    // Each scan waits in its first hand-over (the queue is not run), so each refresh replaces a live thread.
+    for (int refresh = 0; refresh < 200; ++refresh) {
+        driver->setScanRunning(false); // as the clean path does, so that the refresh replaces the running scan
+        driver->refresh();
+    }
+    // The current scan's thread and its measuring workers, and no replaced one still running.
+    EXPECT_LE(liveThreads(), before + 1 + SizeCounter::defaultWorkers());
+    // A rescan asked for while a scan finishes (inside its hand-over) does not wait for that very scan.
+    observer.onFinish = [&] { driver->refresh(); };
+    queue.run();
+    EXPECT_EQ(observer.finished, 1);
+    EXPECT_TRUE(driver->scanRunning());
+}
+
 TEST_F(ScanDriverTest, EndsCleanlyWhileTheScanWaitsForTheMainThread) {
     auto driver = makeDriver({named("A"), named("B")});
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     // The queue is never run: the scan thread is blocked in its first hand-over when the driver goes.
     driver.reset();
     SUCCEED();
@@ -163,10 +191,10 @@ TEST_F(ScanDriverTest, EndsCleanlyWhileTheScanWaitsForTheMainThread) {
 
 TEST_F(ScanDriverTest, AnEmptyDiskStillHasTheSystemSectionAndThePromotionRow) {
     auto driver = makeDriver(sectionBuilders(macosLayout()));
-    driver->resetAndAddavailbleApplications();
+    driver->startScan();
     queue.run();
     EXPECT_EQ(names(*driver), (std::vector<std::string>{"Adult History", "Browser Extensions", "System", "<Scan>"}));
-    const RecordPtr promotion = driver->availbleApp().snapshot().back();
+    const RecordPtr promotion = driver->catalogue().snapshot().back();
     EXPECT_EQ(testing::keysOf(*promotion), std::vector<std::string>{"Type"});
 }
 

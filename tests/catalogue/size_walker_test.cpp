@@ -68,10 +68,10 @@ TEST(FileSize, MeasuresAllocatedSpaceAndNothingForMissingOrEmpty) {
     DiskBuilder d(temp.path());
     d.file("one-byte", 1).folder("empty");
     SizeCounter sizes(0);
-    EXPECT_EQ(sizes.fileSizeOf(d.at("missing")), 0);
-    EXPECT_EQ(sizes.fileSizeOf(d.at("empty")), 0);
-    EXPECT_EQ(sizes.fileSizeOf(d.at("one-byte")), allocated(d.at("one-byte")));
-    EXPECT_GE(sizes.fileSizeOf(d.at("one-byte")), 512) << "allocated, not logical, size";
+    EXPECT_EQ(sizes.allocatedSize(d.at("missing")), 0);
+    EXPECT_EQ(sizes.allocatedSize(d.at("empty")), 0);
+    EXPECT_EQ(sizes.allocatedSize(d.at("one-byte")), allocated(d.at("one-byte")));
+    EXPECT_GE(sizes.allocatedSize(d.at("one-byte")), 512) << "allocated, not logical, size";
 }
 
 TEST(FileSize, NeverFollowsLinks) {
@@ -83,19 +83,19 @@ TEST(FileSize, NeverFollowsLinks) {
     SizeCounter sizes(0);
     const std::int64_t expected =
         allocated(d.at("cache/own")) + allocated(d.at("cache/to-folder")) + allocated(d.at("cache/to-file"));
-    EXPECT_EQ(sizes.fileSizeOf(d.at("cache")), expected);
+    EXPECT_EQ(sizes.allocatedSize(d.at("cache")), expected);
     // A location that is itself a link measures the link alone; one reached through a link measures nothing,
     // and so does one outside the folder the counter holds, however it is spelt.
-    EXPECT_EQ(sizes.fileSizeOf(d.at("linked-cache")), allocated(d.at("linked-cache")));
-    EXPECT_EQ(sizes.fileSizeOf(d.at("cache/to-folder/big")), 0);
+    EXPECT_EQ(sizes.allocatedSize(d.at("linked-cache")), allocated(d.at("linked-cache")));
+    EXPECT_EQ(sizes.allocatedSize(d.at("cache/to-folder/big")), 0);
     EXPECT_EQ(sizes.measureFolder(d.at("linked-cache/to-folder")).bytes, 0);
     SizeCounter home(0, {}, HeldFolder(d.home()));
-    EXPECT_EQ(home.fileSizeOf(d.at("cache")), expected);
-    EXPECT_EQ(home.fileSizeOf(d.at("/elsewhere/big")), 0);
-    EXPECT_EQ(home.fileSizeOf(d.at("cache/../../elsewhere/big")), 0);
+    EXPECT_EQ(home.allocatedSize(d.at("cache")), expected);
+    EXPECT_EQ(home.allocatedSize(d.at("/elsewhere/big")), 0);
+    EXPECT_EQ(home.allocatedSize(d.at("cache/../../elsewhere/big")), 0);
 }
 
-TEST(FileSize, SpecialFilesCountTheirOwnSpaceWithoutBeingOpened) {
+TEST(FileSize, DevicesAndPipesCountTheirOwnSpaceWithoutBeingOpened) {
     TempFolder temp;
     DiskBuilder d(temp.path());
     d.file("odd/plain", 3000);
@@ -108,7 +108,7 @@ TEST(FileSize, SpecialFilesCountTheirOwnSpaceWithoutBeingOpened) {
     socketPath.copy(address.sun_path, socketPath.size());
     ASSERT_EQ(::bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
     SizeCounter sizes(0);
-    EXPECT_EQ(sizes.fileSizeOf(d.at("odd")), allocated(d.at("odd/plain")));
+    EXPECT_EQ(sizes.allocatedSize(d.at("odd")), allocated(d.at("odd/plain")));
     ::close(sock);
 }
 
@@ -132,6 +132,9 @@ TEST(FileSize, WalksTenThousandLevelsWithinAHandfulOfDescriptors) {
         fd = next;
     }
     ::close(fd);
+    // Each walk (the first and each worker's) keeps a bounded number of folders open, far below one per level.
+    const testing::DescriptorLimit limit(256);
+    ASSERT_TRUE(limit.lowered());
     for (const unsigned workers : {0U, 2U}) {
         SizeCounter sizes(workers);
         EXPECT_EQ(sizes.measureFolder(top), (TreeSum{fileBytes, false})) << workers;
@@ -152,7 +155,7 @@ TEST(FileSize, ParallelWalksAndReusedSumsMatchAPlainWalk) {
     EXPECT_EQ(plain.measureFolder(d.at("Library/Caches")), expected);
 
     SizeCounter parallel(3);
-    EXPECT_EQ(parallel.fileSizeOf(d.at("Library/Caches/com.apple.Safari")),
+    EXPECT_EQ(parallel.allocatedSize(d.at("Library/Caches/com.apple.Safari")),
               plainWalk(d.at("Library/Caches/com.apple.Safari")).bytes);
     EXPECT_EQ(parallel.measureFolder(d.at("Library/Caches")), expected) << "with the Safari folder's sum reused";
 }

@@ -135,7 +135,7 @@ void links(DiskPlan& s) {
 
 // FIFOs, sockets and device nodes inside ticked folders and as ticked locations: removed as entries, never
 // opened, so nothing waits on them and no device is touched.
-void specialFiles(DiskPlan& s) {
+void devicesAndPipes(DiskPlan& s) {
     const DiskBuilder& d = s.d;
     node(d.at("Library/Caches/Adversary/fifo"), S_IFIFO);
     node(d.at("Library/Caches/Adversary/socket"), S_IFSOCK);
@@ -291,7 +291,7 @@ void hostileMetadata(DiskPlan& s) {
 }
 
 void everythingAtOnce(DiskPlan& s) {
-    for (void (*build)(DiskPlan&) : {links, specialFiles, oddNames, metadataPaths}) {
+    for (void (*build)(DiskPlan&) : {links, devicesAndPipes, oddNames, metadataPaths}) {
         build(s);
     }
 }
@@ -434,7 +434,7 @@ TEST_P(AdversarialDisk, CleaningChangesNothingOutsideTheTickedLocationsAndEndsNo
 INSTANTIATE_TEST_SUITE_P(
     Disks, AdversarialDisk,
     ::testing::Values(
-        Adversary{"Links", links}, Adversary{"SpecialFiles", specialFiles},
+        Adversary{"Links", links}, Adversary{"DevicesAndPipes", devicesAndPipes},
         Adversary{"AnotherFileSystem", anotherFileSystem, 5}, Adversary{"DecoyMountedInside", decoyMountedInside, 5},
         Adversary{"UnreadableFolders", unreadableFolders, 5, true}, Adversary{"TenThousandLevels", tenThousandLevels},
         Adversary{"OddNames", oddNames}, Adversary{"MetadataPaths", metadataPaths, 5},
@@ -538,7 +538,7 @@ TEST_F(SwapRace, AThreadSwappingFoldersForLinksNeverLeadsRemovalOrMeasurementOut
             buildTicked();
         }
         const std::uint64_t swapsBefore = swaps.load();
-        const std::int64_t measured = SizeCounter(0, {}, HeldFolder(d.home())).fileSizeOf(tick);
+        const std::int64_t measured = SizeCounter(0, {}, HeldFolder(d.home())).allocatedSize(tick);
         static_cast<void>(removeItem(boundary, tick));
         ++removals;
         races += swaps.load() > swapsBefore ? 1U : 0U;

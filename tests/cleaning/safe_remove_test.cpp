@@ -168,12 +168,9 @@ TEST_F(SafeRemove, TenThousandLevelsGoWithinASmallDescriptorLimit) {
     const int fd = testing::makeFolderChain(d.home(), 10000);
     ASSERT_GE(fd, 0);
     ::close(fd);
-    rlimit saved{};
-    ::getrlimit(RLIMIT_NOFILE, &saved);
-    const rlimit small{64, saved.rlim_max};
-    ::setrlimit(RLIMIT_NOFILE, &small);
+    const testing::DescriptorLimit limit(64);
+    ASSERT_TRUE(limit.lowered());
     const Removal removed = removeItem(boundary(), d.at("d"));
-    ::setrlimit(RLIMIT_NOFILE, &saved);
     EXPECT_EQ(removed, (Removal{true, std::nullopt}));
     EXPECT_FALSE(exists(d.at("d")));
 }

@@ -192,7 +192,7 @@ TEST_F(Inventories, OddFirefoxLocationsAreListedWithoutHarmOrLeftOut) {
     ASSERT_EQ(records.size(), listed.size());
     for (std::size_t i = 0; i < listed.size(); ++i) {
         EXPECT_EQ(records[i]->text("urlExt"), listed[i]) << i;
-        EXPECT_EQ(*records[i]->number("sizeExt"), listed[i] == d.at("real") ? sizes.fileSizeOf(d.at("real/data")) : 0)
+        EXPECT_EQ(*records[i]->number("sizeExt"), listed[i] == d.at("real") ? sizes.allocatedSize(d.at("real/data")) : 0)
             << listed[i];
     }
 }

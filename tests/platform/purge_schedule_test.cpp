@@ -46,7 +46,7 @@ protected:
 TEST_F(PurgeScheduleTest, OnWritesUnitsSystemdAcceptsForAnyProgramPathAndEnablesTheTimer) {
     const std::optional<ProgramRun> version = runProgram({"systemd-analyze", "--version"});
     const bool canVerify = version && version->status == 0;
-    // Quoting and specifiers matter: blanks, "$" and "%" in the path must reach systemd as they are.
+    // Quoting and percent signs matter: blanks, "$" and "%" in the path must reach systemd as they are.
     for (const std::string& name : {std::string("tidewell-cli"), std::string("tide  well $HOME ${HOME} 100%")}) {
         SCOPED_TRACE(name);
         const std::string program = makeProgram(temp.path() + "/my apps", name);

@@ -5,10 +5,7 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <thread>
 
 #include "cleaning/browser_check.hpp"
 #include "platform/running_apps.hpp"
@@ -35,19 +32,21 @@ TEST(RunningApplications, AProcessOfTheUserNamedLikeABrowserIsSeenWhileItRuns) {
             std::printf("skipped %s: one runs on this machine already\n", scenario.processName);
             continue;
         }
+        int named[2];
+        ASSERT_EQ(::pipe(named), 0);
         const pid_t child = ::fork();
         if (child == 0) {
             ::prctl(PR_SET_NAME, scenario.processName);
+            ::close(named[0]);
+            ::close(named[1]); // tells the parent the name is set
             ::pause();
             ::_exit(0);
         }
         ASSERT_GT(child, 0);
-        const std::string comm = "/proc/" + std::to_string(child) + "/comm";
-        std::string name;
-        for (int tries = 0; tries < 500 && name != scenario.processName; ++tries) {
-            std::this_thread::sleep_for(std::chrono::milliseconds(2));
-            std::ifstream(comm) >> name;
-        }
+        ::close(named[1]);
+        char none = 0;
+        ASSERT_EQ(::read(named[0], &none, 1), 0); // the end of the pipe: the child has its name
+        ::close(named[0]);
         const bool seen = probe->runningAmong(names).contains(scenario.processName);
         const std::vector<const Browser*> browsers = runningBrowsers(scenario.layout, *probe);
         ::kill(child, SIGKILL);

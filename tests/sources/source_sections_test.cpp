@@ -131,7 +131,7 @@ TEST_F(SourceSections, ChromeFollowsItsLocalState) {
     const Item storage = itemAt(section, 8);
     EXPECT_EQ(storage.name(), "Local Storage (Person 1)");
     EXPECT_EQ(locationPaths(storage)[4], locationPaths(storage)[6]);
-    EXPECT_EQ(storage.sizeText(), formatByteCount(2 * SizeCounter(0).fileSizeOf(d.at(chrome + "Default/Pepper Data"))));
+    EXPECT_EQ(storage.sizeText(), formatByteCount(2 * SizeCounter(0).allocatedSize(d.at(chrome + "Default/Pepper Data"))));
 }
 
 TEST_F(SourceSections, FirefoxCleansTheFirstProfileNamedDefaultInListingOrder) {

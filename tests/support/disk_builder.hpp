@@ -1,5 +1,7 @@
 #pragma once
 
+#include <sys/resource.h>
+
 #include <string>
 #include <string_view>
 #include <utility>
@@ -70,6 +72,27 @@ private:
 /// beside the next "d", and returns the deepest folder open (the caller closes it), or -1 when the chain could not
 /// be made. It is made through open folders, so it may outrun any path length limit.
 [[nodiscard]] int makeFolderChain(const std::string& folder, int levels);
+
+/// Lowers the process's soft limit on open descriptors while it lives: a walk that kept one descriptor per level
+/// of a deep tree fails under it.
+class DescriptorLimit {
+public:
+    explicit DescriptorLimit(rlim_t limit) {
+        ::getrlimit(RLIMIT_NOFILE, &m_saved);
+        const rlimit lowered{limit, m_saved.rlim_max};
+        m_lowered = ::setrlimit(RLIMIT_NOFILE, &lowered) == 0;
+    }
+    ~DescriptorLimit() { ::setrlimit(RLIMIT_NOFILE, &m_saved); }
+    DescriptorLimit(const DescriptorLimit&) = delete;
+    DescriptorLimit& operator=(const DescriptorLimit&) = delete;
+
+    /// Whether the limit was lowered.
+    [[nodiscard]] bool lowered() const { return m_lowered; }
+
+private:
+    rlimit m_saved{};
+    bool m_lowered = false;
+};
 
 /// Makes every parent folder of path (not path itself).
 void makeParents(const std::string& path);

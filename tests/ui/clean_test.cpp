@@ -165,7 +165,7 @@ TEST_F(CleanTest, WithNoBrowserRunningYesCleansAfterTheIndicatorAndNoKeepsEveryt
     EXPECT_TRUE(QTest::qWaitFor([&] { return !exists(kChromeCookies); }, 10000));
     EXPECT_FALSE(exists(kSystemCache));
     EXPECT_FALSE(exists(kFirefoxCookies));
-    EXPECT_FALSE(controller().scanDriver().scanningDone()) << "a fresh scan follows at once";
+    EXPECT_FALSE(controller().scanDriver().scanDone()) << "a fresh scan follows at once";
     waitForScan();
     EXPECT_FALSE(controller().scannignIndicator()->isAnimating());
 }

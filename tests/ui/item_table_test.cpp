@@ -201,7 +201,7 @@ TEST_F(ItemTableTest, SectionsAppearOneByOneWhileTheWindowKeepsAnswering) {
     // The first section is shown while the second builder is still at work; the event loop runs all along.
     ASSERT_TRUE(QTest::qWaitFor([&] { return controller().itemTable()->numberOfRows() == 1; }, 20000));
     EXPECT_EQ(controller().tableHeight(), 90);
-    EXPECT_FALSE(controller().scanDriver().scanningDone());
+    EXPECT_FALSE(controller().scanDriver().scanDone());
     EXPECT_TRUE(controller().scannignIndicator()->isAnimating());
     EXPECT_TRUE(controller().scannignIndicator()->isVisible());
     cell(0).checkBox()->click();

@@ -124,13 +124,13 @@ protected:
     void waitForScan() const {
         ASSERT_TRUE(QTest::qWaitFor(
             [this] {
-                return controller().scanDriver().scanningDone() && !controller().scanDriver().isScanRunningForDetails();
+                return controller().scanDriver().scanDone() && !controller().scanDriver().scanRunning();
             },
             60000));
     }
 
     [[nodiscard]] RecordPtr section(int row) const {
-        return controller().availbleApp().at(static_cast<std::size_t>(row));
+        return controller().catalogue().at(static_cast<std::size_t>(row));
     }
     [[nodiscard]] RecordPtr item(int row, std::size_t index) const { return section(row)->list("List")->at(index); }
     [[nodiscard]] ToolsCell& cell(int row) const {
@@ -145,7 +145,7 @@ protected:
     }
     /// The row of the section of that name, or -1.
     [[nodiscard]] int rowNamed(const std::string& name) const {
-        const RecordList sections = controller().availbleApp().snapshot();
+        const RecordList sections = controller().catalogue().snapshot();
         for (std::size_t row = 0; row < sections.size(); ++row) {
             if (sections[row]->text("Name") == name) {
                 return static_cast<int>(row);

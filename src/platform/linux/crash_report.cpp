@@ -106,12 +106,10 @@ void writeText(int fd, const char* text, std::size_t length) {
     }
 }
 
-// Writes the report. Only async-signal-safe calls: clock_gettime, getpid, open, write, close, and backtrace,
+// Writes the report. Only async-signal-safe calls: time, getpid, open, write, close, and backtrace,
 // which was called once at installation so that it does not load its unwinder (and allocate) here.
 void writeReport(const char* reason) {
-    timespec now{};
-    ::clock_gettime(CLOCK_REALTIME, &now);
-    const auto seconds = static_cast<unsigned long long>(now.tv_sec);
+    const auto seconds = static_cast<unsigned long long>(::time(nullptr));
     const auto pid = static_cast<unsigned long long>(::getpid());
 
     char pathBuffer[PATH_MAX + 64];
