@@ -5,6 +5,8 @@ PRESET ?= dev
 BUILD  := build/$(PRESET)
 WERROR := $(if $(filter true 1 yes,$(CI)),ON,OFF)
 SAMPLE := build/sample-disk
+# The sample disk `make run` opens: linux, or macos.
+LAYOUT ?= linux
 
 # The long forms: `make fuzz` runs each fuzzer this many seconds; `make stress` kills this many purges, races
 # removals for this many seconds, and runs this many purges while their profile folder is swapped for a link.
@@ -30,14 +32,14 @@ build: configure
 # scan of the same disk. The window run keeps its settings, grant, login item and crash reports under build/, away
 # from the person's own Tidewell.
 run: build
-	@$(BUILD)/tests/support/tidewell-sample-disk $(SAMPLE) ann
+	@$(BUILD)/tests/support/tidewell-sample-disk --layout $(LAYOUT) $(SAMPLE) ann
 	@if [ -n "$${DISPLAY:-}$${WAYLAND_DISPLAY:-}" ]; then \
-		echo "XDG_CONFIG_HOME=build/run/config XDG_DATA_HOME=build/run/data $(BUILD)/src/tidewell --root $(SAMPLE) --user ann"; \
+		echo "XDG_CONFIG_HOME=build/run/config XDG_DATA_HOME=build/run/data $(BUILD)/src/tidewell --root $(SAMPLE) --user ann --layout $(LAYOUT)"; \
 		XDG_CONFIG_HOME=$(CURDIR)/build/run/config XDG_DATA_HOME=$(CURDIR)/build/run/data \
-			$(BUILD)/src/tidewell --root $(SAMPLE) --user ann; \
+			$(BUILD)/src/tidewell --root $(SAMPLE) --user ann --layout $(LAYOUT); \
 	else \
-		echo "$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann scan"; \
-		$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann scan; \
+		echo "$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann --layout $(LAYOUT) scan"; \
+		$(BUILD)/src/tidewell-cli --root $(SAMPLE) --user ann --layout $(LAYOUT) scan; \
 	fi
 
 # The test suite (with a short kill series and short races), then each fuzzer briefly over its corpus.

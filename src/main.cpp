@@ -89,16 +89,21 @@ int main(int argc, char** argv) {
                        "player."));
     const QCommandLineOption helpOption = parser.addHelpOption();
     const QCommandLineOption versionOption = parser.addVersionOption();
-    const QCommandLineOption rootOption(QStringLiteral("root"),
-                                        QStringLiteral("The disk to look at: any folder laid out like a macOS disk."),
-                                        QStringLiteral("DIR"), QStringLiteral("/"));
-    const QCommandLineOption userOption(QStringLiteral("user"),
-                                        QStringLiteral("Whose home folder, <root>/Users/NAME, to look at."),
-                                        QStringLiteral("NAME"));
+    const QCommandLineOption rootOption(
+        QStringLiteral("root"), QStringLiteral("The disk to look at: any folder laid out like a macOS or a Linux disk."),
+        QStringLiteral("DIR"), QStringLiteral("/"));
+    const QCommandLineOption userOption(
+        QStringLiteral("user"),
+        QStringLiteral("Whose home folder to look at: <root>/Users/NAME on macOS, <root>/home/NAME on Linux."),
+        QStringLiteral("NAME"));
+    const QCommandLineOption layoutOption(
+        QStringLiteral("layout"),
+        QStringLiteral("How the disk is laid out: macos, linux, or auto (macOS when <root>/Users/NAME is a folder)."),
+        QStringLiteral("LAYOUT"), QStringLiteral("auto"));
     // Only the login item passes this: it tells the start-up that Tidewell was started at login.
     const QCommandLineOption autostartOption(QString::fromLatin1(tidewell::kAutostartArgument.substr(2)),
                                              QStringLiteral("Started at login (used by the login item)."));
-    parser.addOptions({rootOption, userOption, autostartOption});
+    parser.addOptions({rootOption, userOption, layoutOption, autostartOption});
     if (!parser.parse(QCoreApplication::arguments())) {
         return usageError(parser.errorText());
     }
@@ -121,7 +126,9 @@ int main(int argc, char** argv) {
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tidewell.svg")));
     const std::string user =
         parser.isSet(userOption) ? parser.value(userOption).toStdString() : tidewell::DiskRoot::processLoginName();
-    auto disk = tidewell::DiskRoot::make(parser.value(rootOption).toStdString(), user);
+    const std::string root = parser.value(rootOption).toStdString();
+    auto disk = tidewell::DiskRoot::open(parser.isSet(rootOption) ? std::optional<std::string_view>(root) : std::nullopt,
+                                         user, parser.value(layoutOption).toStdString());
     if (!disk) {
         return usageError(QString::fromStdString(disk.error()));
     }

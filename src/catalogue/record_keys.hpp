@@ -35,6 +35,8 @@ inline constexpr std::string_view kExtensionRow = "isExt";
 inline constexpr std::string_view kNotCaption = "isHeader";
 /// An Adult History item's history database.
 inline constexpr std::string_view kHistoryDatabase = "Path";
+/// Every history database an Adult History item purges, one per profile, in profile order ("Path" among them).
+inline constexpr std::string_view kAllHistoryDatabases = "AllPaths";
 
 // An installed extension, as the inventories list it.
 inline constexpr std::string_view kExtensionLocation = "urlExt";

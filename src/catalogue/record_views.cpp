@@ -49,6 +49,16 @@ const FileUrl* Item::historyDatabase() const {
     return m_record->url(keys::kHistoryDatabase);
 }
 
+UrlList Item::historyDatabases() const {
+    if (const UrlList* all = m_record->urls(keys::kAllHistoryDatabases)) {
+        return *all;
+    }
+    if (const FileUrl* database = historyDatabase()) {
+        return {*database};
+    }
+    return {};
+}
+
 const std::string& Item::sizeText() const {
     return m_record->text(keys::kSizeText);
 }

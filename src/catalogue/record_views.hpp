@@ -36,6 +36,9 @@ public:
     [[nodiscard]] const UrlList* locations() const;
     /// The history database an Adult History item purges ("Path"), or null.
     [[nodiscard]] const FileUrl* historyDatabase() const;
+    /// Every history database an Adult History item purges: "AllPaths" when it has them, else "Path" alone;
+    /// empty when it has neither.
+    [[nodiscard]] UrlList historyDatabases() const;
     /// "sizeText", "" when absent.
     [[nodiscard]] const std::string& sizeText() const;
     [[nodiscard]] bool hasSizeText() const;

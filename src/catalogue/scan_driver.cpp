@@ -46,6 +46,7 @@ void ScanDriver::startScan() {
         std::lock_guard lock(m_scanMutex);
         generation = ++m_generation;
         m_measuredBytes = 0;
+        m_measuredLocations.clear();
         m_catalogue.clear();
     }
     m_scanRunning = true;
@@ -109,7 +110,13 @@ void ScanDriver::runScan(const std::stop_token& stop, std::uint64_t generation) 
                 return;
             }
             m_catalogue.append(std::move(outcome.section));
-            m_measuredBytes += outcome.bytes;
+            if (m_disk.layout().countNestedOnce) {
+                m_measuredLocations.insert(m_measuredLocations.end(), outcome.locations.begin(),
+                                           outcome.locations.end());
+                m_measuredBytes = bytesCountedOnce(m_measuredLocations);
+            } else {
+                m_measuredBytes += outcome.bytes;
+            }
         }
         if (outcome.handOver && !handOver(stop, [this] { m_observer.sectionsChanged(); })) {
             return;

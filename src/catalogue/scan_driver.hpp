@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "base/main_thread.hpp"
+#include "catalogue/items.hpp"
 #include "catalogue/records.hpp"
 #include "catalogue/size_walker.hpp"
 #include "layout/disk_root.hpp"
@@ -44,6 +45,8 @@ struct BuilderOutcome {
     RecordPtr section;
     std::int64_t bytes = 0;
     bool handOver = true;
+    /// The section's measured locations, for a total that counts each place once.
+    std::vector<MeasuredLocation> locations = {};
 };
 
 using SectionBuilder = std::function<BuilderOutcome(ScanEnv&)>;
@@ -92,6 +95,8 @@ public:
     void setScanRunning(bool running) { m_scanRunning = running; }
 
     /// The measured total of the sections of the current scan so far.
+    /// The total of the sections so far: their sizes added up, or on a layout that counts nested locations once,
+    /// every place they measure counted once.
     [[nodiscard]] std::int64_t measuredBytes() const;
 
     /// Waits until the current scan thread has ended (for callers without an event loop of their own).
@@ -117,6 +122,7 @@ private:
     mutable std::mutex m_scanMutex; // generation, total, appends
     std::uint64_t m_generation = 0;
     std::int64_t m_measuredBytes = 0;
+    std::vector<MeasuredLocation> m_measuredLocations;
     std::jthread m_thread;
     std::vector<std::jthread> m_replaced; // stopped, joined at the next start (at most the one put off)
     bool m_handingOver = false;           // main thread only

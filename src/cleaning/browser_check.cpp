@@ -70,7 +70,7 @@ RecordList browsersOf(const RecordList& sections, const DiskRoot& disk, const Ru
 
 RecordPtr browserPanelEntry(const Browser& browser, const DiskRoot& disk) {
     return makeRecord(
-        {{keys::kBrowserName, std::string(browser.name)}, {keys::kBrowserIcon, disk.resolve(browser.application)}},
+        {{keys::kBrowserName, std::string(browser.name)}, {keys::kBrowserIcon, applicationImage(disk, browser)}},
         {RecordKind::BrowserEntry, &browser, browser.icon});
 }
 
@@ -95,8 +95,10 @@ RecordList browsersStillInTheWay(const RecordList& sections, const DiskRoot& dis
 std::vector<const Browser*> runningBrowsers(const DiskLayout& layout, const RunningApplications& running) {
     const std::set<std::string> names = running.runningAmong(browserProcessNames(layout));
     std::vector<const Browser*> found;
-    std::ranges::copy_if(layout.browsers, std::back_inserter(found),
-                         [&](const Browser* browser) { return runs(*browser, names); });
+    // Only a browser whose history the purge changes is in its way: a running mail program is not.
+    std::ranges::copy_if(layout.browsers, std::back_inserter(found), [&](const Browser* browser) {
+        return browser->history != nullptr && runs(*browser, names);
+    });
     return found;
 }
 

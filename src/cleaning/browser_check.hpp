@@ -3,6 +3,7 @@
 #include "catalogue/records.hpp"
 #include "layout/browsers.hpp"
 #include "layout/disk_root.hpp"
+#include "layout/profiles.hpp"
 #include "platform/running_apps.hpp"
 
 namespace tidewell {
@@ -28,7 +29,7 @@ namespace tidewell {
 [[nodiscard]] RecordList browsersStillInTheWay(const RecordList& sections, const DiskRoot& disk,
                                                const RunningApplications& running);
 
-/// The browsers of the layout that run now, in its order.
+/// The browsers of the layout with a history to purge that run now, in its order.
 [[nodiscard]] std::vector<const Browser*> runningBrowsers(const DiskLayout& layout, const RunningApplications& running);
 
 } // namespace tidewell

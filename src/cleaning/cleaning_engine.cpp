@@ -20,9 +20,12 @@ CleanPlan planClean(const RecordList& sections) {
             }
             if (const UrlList* locations = item.locations()) {
                 plan.push_back({*locations});
-            } else if (const FileUrl* database = item.historyDatabase();
-                       database != nullptr && item.kind() == RecordKind::HistoryItem && item.browser() != nullptr) {
-                plan.push_back({{}, item.browser()->history, *database});
+            } else if (item.kind() == RecordKind::HistoryItem && item.browser() != nullptr &&
+                       item.browser()->history != nullptr) {
+                // One purge for each profile's database.
+                for (FileUrl& database : item.historyDatabases()) {
+                    plan.push_back({{}, item.browser()->history, std::move(database)});
+                }
             }
         }
     }

@@ -36,7 +36,7 @@ private:
 std::optional<std::string> namedCommand(const std::vector<std::string>& args) {
     for (std::size_t i = 0; i < args.size(); ++i) {
         const std::string& arg = args[i];
-        if (arg == "--root" || arg == "--user") {
+        if (arg == "--root" || arg == "--user" || arg == "--layout") {
             ++i;
         } else if (arg.starts_with("-")) {
             if (arg == "--help" || arg == "-h" || arg == "--help-all" || arg == "--version") {
@@ -101,11 +101,20 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
     app.require_subcommand(1, 1);
     std::string rootDir = "/";
     std::string user = DiskRoot::processLoginName();
-    app.add_option("--root", rootDir, "The disk to look at: any folder laid out like a macOS disk")
-        ->type_name("DIR")
-        ->capture_default_str();
-    app.add_option("--user", user, "Whose home folder, <root>/Users/NAME, to look at (default: your login name)")
+    std::string layout = "auto";
+    CLI::Option* rootOption =
+        app.add_option("--root", rootDir, "The disk to look at: any folder laid out like a macOS or a Linux disk")
+            ->type_name("DIR")
+            ->capture_default_str();
+    app.add_option("--user", user,
+                   "Whose home folder to look at: <root>/Users/NAME on macOS, <root>/home/NAME on Linux, or without "
+                   "--root NAME's home from the user database (default: your login name)")
         ->type_name("NAME");
+    app.add_option("--layout", layout,
+                   "How the disk is laid out: macos, linux, or auto (macOS when <root>/Users/NAME is a folder)")
+        ->type_name("LAYOUT")
+        ->check(CLI::IsMember({"auto", "macos", "linux"}))
+        ->capture_default_str();
 
     std::map<const CLI::App*, CommandRunner> runners;
     const auto add = [&](CommandRunner (*adder)(CLI::App&)) {
@@ -148,7 +157,8 @@ int runCli(const std::vector<std::string>& args, CliIo& io) {
         return reportUsageError(io, oneLine(error.what()));
     }
 
-    const auto disk = DiskRoot::make(rootDir, user);
+    const auto disk =
+        DiskRoot::open(rootOption->count() > 0 ? std::optional<std::string_view>(rootDir) : std::nullopt, user, layout);
     if (!disk) {
         return reportUsageError(io, disk.error());
     }

@@ -1,6 +1,8 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <algorithm>
+#include <array>
 #include <ostream>
 
 #include "base/byte_count.hpp"
@@ -8,10 +10,15 @@
 #include "catalogue/record_keys.hpp"
 #include "cli/command.hpp"
 #include "inventory/inventories.hpp"
+#include "layout/profiles.hpp"
 
 namespace tidewell::cli {
 
 namespace {
+
+// The keys of `extensions --json`, in order: the first three have always been there.
+constexpr std::array<std::string_view, 8> kJsonKeys{"chrome", "firefox", "safari",  "chromium",
+                                                    "brave",  "edge",    "vivaldi", "opera"};
 
 // One browser's extensions as listed: extension records (none when a Chrome-family browser has no profile
 // registry), or the entries of Safari's extensions folder.
@@ -44,6 +51,8 @@ std::vector<Listed> listExtensions(const DiskRoot& disk, SizeCounter& sizes) {
             case BrowserFamily::Safari:
                 listed.push_back({browser, std::nullopt, safariExtensions(disk, *browser)});
                 break;
+            case BrowserFamily::Mail:
+                break;
             }
         }
     }
@@ -73,9 +82,9 @@ void printEntries(std::ostream& out, const UrlList& entries) {
 } // namespace
 
 CommandRunner addExtensionsCommand(CLI::App& app) {
-    CLI::App* command = app.add_subcommand("extensions", "List the installed extensions of Chrome, Firefox and Safari");
+    CLI::App* command = app.add_subcommand("extensions", "List the installed extensions of every browser of the layout");
     auto json = std::make_shared<bool>(false);
-    command->add_flag("--json", *json, "Print the three inventories as one JSON object");
+    command->add_flag("--json", *json, "Print every browser's inventory as one JSON object");
 
     return [json](CommandContext& context) {
         if (!homeIsUsable(context)) {
@@ -85,12 +94,18 @@ CommandRunner addExtensionsCommand(CLI::App& app) {
         SizeCounter sizes(SizeCounter::defaultWorkers(), {}, HeldFolder(context.disk.homePath()));
         const std::vector<Listed> listed = listExtensions(context.disk, sizes);
         if (*json) {
+            // Every key is there on every layout: null for a browser the layout does not have, one that is not
+            // installed, and a Chrome-family browser without a profile registry.
             auto all = nlohmann::ordered_json::object();
-            for (const Listed& browser : listed) {
-                all[std::string(browser.browser->key)] = browser.browser->family == BrowserFamily::Safari
-                                                             ? toJson(browser.entries)
-                                                         : browser.records ? toJson(*browser.records)
-                                                                           : nlohmann::ordered_json();
+            for (const std::string_view key : kJsonKeys) {
+                const auto browser = std::ranges::find(listed, key, [](const Listed& l) { return l.browser->key; });
+                if (browser == listed.end() || !isInstalled(context.disk, *browser->browser)) {
+                    all[std::string(key)] = nullptr;
+                } else if (browser->browser->family == BrowserFamily::Safari) {
+                    all[std::string(key)] = toJson(browser->entries);
+                } else {
+                    all[std::string(key)] = browser->records ? toJson(*browser->records) : nlohmann::ordered_json();
+                }
             }
             out << all.dump(2) << '\n';
             return static_cast<int>(kExitOk);

@@ -19,11 +19,18 @@ Exit status:
 
 Standard output carries only the catalogue or listing; questions, log lines and messages go to standard error.
 
-Disk layout:
-  The disk is read in the fixed layout of a macOS disk, under the disk root (--root, "/" by default): the home
-  folder is <root>/Users/NAME, where NAME is --user or the login name of whoever runs tidewell-cli (never $HOME),
-  and applications are looked for under <root>/Applications and in the home folder. Nothing outside the home
-  folder is ever removed, and links are removed as links, never followed.
+Disk layouts:
+  The disk is read in the fixed layout of a macOS or a Linux disk (--layout macos or linux), under the disk root
+  (--root, "/" by default). With --layout auto, the default, it is a macOS disk when <root>/Users/NAME is a
+  folder and a Linux disk otherwise. NAME is --user, or the login name of whoever runs tidewell-cli (never $HOME
+  or $USER).
+  macOS: the home folder is <root>/Users/NAME; applications are looked for under <root>/Applications and in the
+  home folder.
+  Linux: the home folder is <root>/home/NAME, or without --root NAME's home in the user database (/etc/passwd);
+  the browsers of Chrome's family (Chrome, Chromium, Brave, Microsoft Edge, Vivaldi, Opera), Firefox and
+  Thunderbird are found by their folders in the home (~/.config, ~/.mozilla, ~/.thunderbird, and their snap and
+  flatpak folders), and the system's traces in ~/.cache and ~/.local/share.
+  Nothing outside the home folder is ever removed, and links are removed as links, never followed.
 
 Files:
   <prefix>/share/tidewell/adultWord.plist

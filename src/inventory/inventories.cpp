@@ -125,11 +125,18 @@ UrlList safariExtensions(const DiskRoot& disk, const Browser& browser) {
 }
 
 UrlList inventoryListing(const DiskRoot& disk, const InventoryListing& listing) {
-    const AnchorFolders anchors{disk, disk.homeUrl(), disk.homeUrl()};
+    const AnchorFolders anchors{disk, disk.homeUrl(), disk.homeUrl(), disk.homeUrl()};
     UrlList urls;
     for (const Location& folder : listing.folders) {
         UrlList found = listing.applicationSearch ? applicationsBelow(locationOf(folder, anchors))
                                                   : folderEntries(locationOf(folder, anchors));
+        if (!listing.nameEndings.empty()) {
+            std::erase_if(found, [&](const FileUrl& entry) {
+                const std::string name = entry.lastPathComponent();
+                return std::ranges::none_of(listing.nameEndings,
+                                            [&](std::string_view ending) { return name.ends_with(ending); });
+            });
+        }
         urls.insert(urls.end(), std::make_move_iterator(found.begin()), std::make_move_iterator(found.end()));
     }
     return urls;

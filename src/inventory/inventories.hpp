@@ -57,7 +57,8 @@ struct FirefoxExtension {
 [[nodiscard]] UrlList safariExtensions(const DiskRoot& disk, const Browser& browser);
 
 /// What `inventory KIND` lists for one of the layout's listings: the entries of each of its folders in turn (on a
-/// macOS disk the disk's, then the home's), or every application bundle below each.
+/// macOS disk the disk's, then the home's), or every application bundle below each; with name endings, only the
+/// entries whose name ends with one of them (a Linux disk's desktop entries and unit files).
 [[nodiscard]] UrlList inventoryListing(const DiskRoot& disk, const InventoryListing& listing);
 
 /// Every application bundle below a folder, depth first in listing order. Hidden entries (names starting with

@@ -8,7 +8,9 @@
 namespace tidewell {
 
 /// Whose file formats a browser keeps: the code that reads its history database and its extensions.
-enum class BrowserFamily { Safari, Chrome, Firefox };
+/// Mail is a mail program kept as Firefox keeps its profiles, whose section is "Mail": it has no history or
+/// extensions that Tidewell reads, and it blocks no purge.
+enum class BrowserFamily { Safari, Chrome, Firefox, Mail };
 
 /// How a browser's profiles are found in its data folder.
 enum class ProfileRule {
@@ -18,6 +20,9 @@ enum class ProfileRule {
     LocalState,
     /// The first folder of the profiles folder, in listing order, whose name holds "default" (the case matters).
     FirstFolderNamedDefault,
+    /// Every profile that "profiles.ini" in the data folder names, in the order of its [ProfileN] sections, with
+    /// its Name=.
+    ProfilesIni,
 };
 
 /// How a browser keeps its history, for the purge of adult-site visits.
@@ -39,7 +44,8 @@ struct Browser {
     std::string_view key;
     /// Its section's "Name" and its name in the running-browser panel ("Chrome").
     std::string_view name;
-    /// The application whose presence says the browser is installed; the panel shows its icon.
+    /// The application whose presence says the browser is installed; the panel shows its icon. Empty: the browser
+    /// is installed when one of its data folders exists, and that folder stands for its image.
     std::string_view application;
     /// The window's image for it.
     std::string_view icon;
@@ -50,12 +56,18 @@ struct Browser {
     std::vector<std::string_view> dataFolders;
     /// Where it keeps its caches, relative to the home.
     std::string_view cacheFolder;
+    /// The folder, relative to the home, that holds one cache folder per profile, named as the profile's folder
+    /// (ProfileCache); the cache folder itself when empty.
+    std::string_view profileCaches = {};
     ProfileRule profiles;
     /// The folder of its profiles, relative to the data folder, for FirstFolderNamedDefault.
     std::string_view profilesFolder = {};
-    /// Its Adult History item's "NameText", and the history database that item purges.
+    /// Its Adult History item's "NameText", the history database of that item's "Path", and the database of each
+    /// profile, all of which the item purges ("AllPaths").
     std::string_view adultHistoryName;
     Location historyDatabase;
+    Location profileHistory;
+    /// Null for a program without a history Tidewell purges (Mail).
     const HistorySchema* history;
     /// Where its extensions are: a folder of the data folder (Safari) or of each profile.
     Location extensions;

@@ -2,6 +2,15 @@
 
 namespace tidewell {
 
+const DiskLayout* layoutNamed(std::string_view name) {
+    for (const DiskLayout* layout : {&macosLayout(), &linuxLayout()}) {
+        if (layout->name == name) {
+            return layout;
+        }
+    }
+    return nullptr;
+}
+
 const Browser* findBrowser(const DiskLayout& layout, std::string_view key) {
     for (const Browser* browser : layout.browsers) {
         if (browser->key == key) {

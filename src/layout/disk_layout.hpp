@@ -19,11 +19,12 @@ struct SectionSlot {
 };
 
 /// What `inventory KIND` lists: the entries of each folder in turn, or with applicationSearch every application
-/// bundle below each.
+/// bundle below each. With name endings, only the entries whose name ends with one of them.
 struct InventoryListing {
     std::string_view kind;
     std::vector<Location> folders;
     bool applicationSearch = false;
+    std::vector<std::string_view> nameEndings = {};
 };
 
 /// How a disk is laid out: where a user's home is, which browsers and sources it has and where they keep their
@@ -40,10 +41,22 @@ struct DiskLayout {
     /// The scan's sections, in order.
     std::vector<SectionSlot> sections;
     std::vector<InventoryListing> inventories;
+    /// Adult History offers a browser only when one of its profiles' history databases exists, and lists those
+    /// alone; otherwise it lists every profile's database whether it exists or not.
+    bool adultHistoryOfExistingDatabases = false;
+    /// A location inside another measured one (the browser caches inside ~/.cache) counts once in a section's size
+    /// and in the scan's total; otherwise every item's size adds up, repeats included.
+    bool countNestedOnce = false;
 };
 
 /// The layout of a macOS disk: homes under /Users, applications under /Applications.
 [[nodiscard]] const DiskLayout& macosLayout();
+
+/// The layout of a Linux desktop disk: homes under /home, traces in the XDG folders of the home.
+[[nodiscard]] const DiskLayout& linuxLayout();
+
+/// The layout named so ("macos", "linux"), or null.
+[[nodiscard]] const DiskLayout* layoutNamed(std::string_view name);
 
 /// The browser of a layout with this key ("chrome"), or null.
 [[nodiscard]] const Browser* findBrowser(const DiskLayout& layout, std::string_view key);

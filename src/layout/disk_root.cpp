@@ -40,6 +40,51 @@ std::expected<DiskRoot, std::string> DiskRoot::make(std::string_view rootDir, st
     return DiskRoot(std::move(prefix), std::string(loginName), layout);
 }
 
+namespace {
+
+// The home the user database gives a login name, or nothing when it knows no such name.
+std::optional<std::string> databaseHome(std::string_view loginName) {
+    const long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
+    std::vector<char> buffer(size > 0 ? static_cast<std::size_t>(size) : 16384U);
+    struct passwd pw {};
+    struct passwd* result = nullptr;
+    const std::string name(loginName);
+    if (::getpwnam_r(name.c_str(), &pw, buffer.data(), buffer.size(), &result) != 0 || result == nullptr ||
+        result->pw_dir == nullptr || result->pw_dir[0] != '/') {
+        return std::nullopt;
+    }
+    std::string home = result->pw_dir;
+    while (!home.empty() && home.back() == '/') {
+        home.pop_back();
+    }
+    // An account whose home is "/" has no home of its own: the whole disk is never taken for one.
+    return home.empty() ? std::nullopt : std::optional<std::string>(std::move(home));
+}
+
+} // namespace
+
+std::expected<DiskRoot, std::string> DiskRoot::open(std::optional<std::string_view> rootDir,
+                                                    std::string_view loginName, std::string_view layoutName) {
+    const DiskLayout* layout = layoutNamed(layoutName);
+    if (layout == nullptr && layoutName != "auto") {
+        return std::unexpected("unknown layout '" + std::string(layoutName) + "': the layouts are auto, macos, linux");
+    }
+    auto disk = make(rootDir.value_or("/"), loginName, layout != nullptr ? *layout : macosLayout());
+    if (!disk) {
+        return disk;
+    }
+    if (layout == nullptr) {
+        struct stat st {};
+        const std::string macosHome = disk->resolve(joinPath(macosLayout().homes, disk->m_login));
+        layout = ::stat(macosHome.c_str(), &st) == 0 && S_ISDIR(st.st_mode) ? &macosLayout() : &linuxLayout();
+        disk->m_layout = layout;
+    }
+    if (!rootDir && layout == &linuxLayout()) {
+        disk->m_home = databaseHome(disk->m_login).value_or(std::string());
+    }
+    return disk;
+}
+
 std::string DiskRoot::processLoginName() {
     long size = ::sysconf(_SC_GETPW_R_SIZE_MAX);
     std::vector<char> buffer(size > 0 ? static_cast<std::size_t>(size) : 16384U);
@@ -61,6 +106,9 @@ std::string DiskRoot::resolve(std::string_view absolutePath) const {
 }
 
 std::string DiskRoot::homePath() const {
+    if (!m_home.empty()) {
+        return m_home;
+    }
     return resolve(joinPath(m_layout->homes, m_login));
 }
 

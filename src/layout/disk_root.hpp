@@ -1,6 +1,7 @@
 #pragma once
 
 #include <expected>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,14 @@ public:
     /// can never lie outside the layout's folder of homes.
     static std::expected<DiskRoot, std::string> make(std::string_view rootDir, std::string_view loginName,
                                                      const DiskLayout& layout = macosLayout());
+
+    /// The disk that the options --root, --user and --layout name. The layout is "macos", "linux", or "auto":
+    /// macOS when <root>/Users/<login name> is a folder, Linux otherwise. A Linux home is <root>/home/<login name>
+    /// under a given root; on the live system (no root given) it is the home the user database gives the login
+    /// name (which may be /root, or reached through a link), and /home/<login name> for a name it does not know.
+    /// Errors are make's, and an unknown layout name.
+    static std::expected<DiskRoot, std::string> open(std::optional<std::string_view> rootDir, std::string_view loginName,
+                                                     std::string_view layoutName);
 
     /// The login name of the process owner, from the user database (never $HOME or $USER).
     static std::string processLoginName();
@@ -43,8 +52,8 @@ public:
     };
     [[nodiscard]] std::expected<void, HomeProblem> checkHome() const;
 
-    /// The home folder the layout places, <root>/Users/<login name> on a macOS disk, as a path and as a file URL
-    /// (the user's real home, never a container).
+    /// The home folder the layout places, <root>/Users/<login name> on a macOS disk (or the user database's home
+    /// on the live Linux system), as a path and as a file URL (the user's real home, never a container).
     [[nodiscard]] std::string homePath() const;
     [[nodiscard]] FileUrl homeUrl() const { return FileUrl{homePath()}; }
     /// A location relative to the home folder.
@@ -60,6 +69,8 @@ private:
 
     std::string m_root;
     std::string m_login;
+    // The home the user database gives, on the live system; empty when the layout places it.
+    std::string m_home;
     const DiskLayout* m_layout;
 };
 

@@ -42,8 +42,9 @@ FileUrl anchorFolder(Anchor anchor, const AnchorFolders& anchors) {
     case Anchor::Profile:
         return anchors.profile != nullptr ? anchors.profile->folder : anchors.data;
     case Anchor::ProfileCache:
-        return anchors.profile != nullptr ? anchors.cache.appending(anchors.profile->folder.lastPathComponent())
-                                          : anchors.cache;
+        return anchors.profile != nullptr
+                   ? anchors.profileCaches.appending(anchors.profile->folder.lastPathComponent())
+                   : anchors.cache;
     }
     return anchors.disk.homeUrl();
 }
@@ -66,11 +67,13 @@ AnchorFolders anchorsOf(const DiskRoot& disk, const SourceTable& table) {
         return anchorsOf(disk, *table.browser);
     }
     const FileUrl folder = table.folder.empty() ? disk.homeUrl() : disk.inHome(table.folder);
-    return AnchorFolders{disk, folder, folder};
+    return AnchorFolders{disk, folder, folder, folder};
 }
 
 AnchorFolders anchorsOf(const DiskRoot& disk, const Browser& browser) {
-    return AnchorFolders{disk, dataFolderOf(disk, browser), disk.inHome(browser.cacheFolder)};
+    const FileUrl cache = disk.inHome(browser.cacheFolder);
+    return AnchorFolders{disk, dataFolderOf(disk, browser), cache,
+                         browser.profileCaches.empty() ? cache : disk.inHome(browser.profileCaches)};
 }
 
 FileUrl locationOf(const Location& location, const AnchorFolders& anchors) {
@@ -100,6 +103,13 @@ void appendExpanded(UrlList& list, const Location& location, const AnchorFolders
     case Expansion::EntriesNamedLike:
         for (const std::string& name : listFolderNames(at.path)) {
             if (containsIgnoringCase(name, location.inner)) {
+                list.push_back(at.appending(name));
+            }
+        }
+        return;
+    case Expansion::EntriesEndingIn:
+        for (const std::string& name : listFolderNames(at.path)) {
+            if (name.ends_with(location.inner)) {
                 list.push_back(at.appending(name));
             }
         }

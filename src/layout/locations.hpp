@@ -14,6 +14,8 @@ struct AnchorFolders {
     FileUrl data;
     /// CacheFolder: the browser's cache folder.
     FileUrl cache;
+    /// The folder of the profiles' own cache folders, for ProfileCache.
+    FileUrl profileCaches;
     /// Profile and ProfileCache: the profile the item is made for; without one, they stand for the data folder and
     /// the cache folder.
     const BrowserProfile* profile = nullptr;

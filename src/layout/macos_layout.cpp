@@ -1,16 +1,14 @@
+#include "layout/browser_rows.hpp"
 #include "layout/disk_layout.hpp"
 
 namespace tidewell {
 
 namespace {
 
-// The paths below are where each program keeps its traces on a macOS disk.
+// The paths below are where each program keeps its traces on a macOS disk. Current Safari keeps part of them in
+// its container, beside the old places.
 
 constexpr HistorySchema kSafariHistory{"history_items", "Safari Deleted", "Safari Deleted", false};
-// Chrome keeps its open tabs beside the history database.
-constexpr HistorySchema kChromeHistory{"urls", "Chrome Deleted", "Chrome Deleted", true};
-// The window's Firefox purge has always logged Chrome's text.
-constexpr HistorySchema kFirefoxHistory{"moz_places", "Chrome Deleted", "Firefox Deleted", false};
 
 } // namespace
 
@@ -28,6 +26,7 @@ const DiskLayout& macosLayout() {
         .profiles = ProfileRule::None,
         .adultHistoryName = "Safari Adult History",
         .historyDatabase = {Anchor::DataFolder, "History.db"},
+        .profileHistory = {Anchor::Profile, "History.db"},
         .history = &kSafariHistory,
         .extensions = {Anchor::DataFolder, "Extensions"},
         .extensionsCaption = "Safari Extensions",
@@ -47,7 +46,8 @@ const DiskLayout& macosLayout() {
         .adultHistoryName = "Google Chrome Adult History",
         // The purge looks at the "Default" profile alone, whatever "Local State" registers.
         .historyDatabase = {Anchor::DataFolder, "Default/History"},
-        .history = &kChromeHistory,
+        .profileHistory = {Anchor::Profile, "History"},
+        .history = &kChromeFamilyHistory,
         .extensions = {Anchor::Profile, "Extensions"},
         .extensionsCaption = "Google Chrome Extensions",
         .preferenceFiles = {{Anchor::Profile, "Preferences"}},
@@ -64,10 +64,12 @@ const DiskLayout& macosLayout() {
         .family = BrowserFamily::Firefox,
         .dataFolders = {"Library/Application Support/Firefox"},
         .cacheFolder = "Library/Caches/Firefox",
+        .profileCaches = "Library/Caches/Firefox/Profiles",
         .profiles = ProfileRule::FirstFolderNamedDefault,
         .profilesFolder = "Profiles",
         .adultHistoryName = "Firefox Adult History",
         .historyDatabase = {Anchor::Profile, "places.sqlite"},
+        .profileHistory = {Anchor::Profile, "places.sqlite"},
         .history = &kFirefoxHistory,
         .extensions = {Anchor::Profile, "extensions"},
         .extensionsCaption = "Firefox Extensions",
@@ -82,8 +84,10 @@ const DiskLayout& macosLayout() {
             {
                 {"Cookies",
                  {{Anchor::Home, "Library/Cookies/com.apple.Safari.SafeBrowsing.binarycookies"},
-                  {Anchor::Home, "Library/Cookies/Cookies.binarycookies"}}},
-                {"Browser Caches", {{Anchor::CacheFolder, ""}}},
+                  {Anchor::Home, "Library/Cookies/Cookies.binarycookies"},
+                  {Anchor::Home, "Library/Containers/com.apple.Safari/Data/Library/Cookies/Cookies.binarycookies"}}},
+                {"Browser Caches",
+                 {{Anchor::CacheFolder, ""}, {Anchor::Home, "Library/Containers/com.apple.Safari/Data/Library/Caches"}}},
                 {"History",
                  {{Anchor::DataFolder, "History.db"},
                   {Anchor::DataFolder, "HistoryIndex.sk"},
@@ -94,7 +98,10 @@ const DiskLayout& macosLayout() {
                 {"User preferences", {{Anchor::DataFolder, "Configurations.plist.signed"}}},
                 {"Favicons", {{Anchor::DataFolder, "Touch Icons"}, {Anchor::DataFolder, "WebpageIcons"}}},
                 {"TopSites", {{Anchor::DataFolder, "TopSites.plist"}}},
-                {"Local Storage", {{Anchor::DataFolder, "LocalStorage"}, {Anchor::DataFolder, "Databases"}}},
+                {"Local Storage",
+                 {{Anchor::DataFolder, "LocalStorage"},
+                  {Anchor::DataFolder, "Databases"},
+                  {Anchor::Home, "Library/Containers/com.apple.Safari/Data/Library/WebKit"}}},
                 {"Reading List", {{Anchor::DataFolder, "ReadingListArchives"}}},
                 {"Form", {{Anchor::DataFolder, "Form Values"}}},
                 {"Recent Search", {{Anchor::DataFolder, "SearchDescriptions.plist"}}},
@@ -102,73 +109,24 @@ const DiskLayout& macosLayout() {
             },
     };
 
-    // Nine items per profile. "Pepper Data" is listed twice in "Local Storage (%@)" and so is measured twice.
     static const SourceTable kChromeTable{
         .browser = &kChrome,
-        .items =
-            {
-                {"Cookies (%@)", {{Anchor::Profile, "Cookies"}, {Anchor::Profile, "Cookies-journal"}}},
-                {"Visited Links (%@)", {{Anchor::Profile, "Visited Links"}}},
-                {"History (%@)",
-                 {{Anchor::Profile, "History-journal"},
-                  {Anchor::Profile, "History"},
-                  {Anchor::Profile, "History Provider Cache"}}},
-                {"Login Data (%@)", {{Anchor::Profile, "Login Data"}, {Anchor::Profile, "Login Data-journal"}}},
-                {"LastSession (%@)",
-                 {{Anchor::Profile, "Session Storage"},
-                  {Anchor::Profile, "Last Session"},
-                  {Anchor::Profile, "Last Tabs"}}},
-                {"User preferences (%@)", {{Anchor::Profile, "Preferences"}}},
-                {"Favicons (%@)", {{Anchor::Profile, "Favicons"}, {Anchor::Profile, "Favicons-journal"}}},
-                {"Top Sites (%@)", {{Anchor::Profile, "Top Sites"}, {Anchor::Profile, "Top Sites-journal"}}},
-                {"Local Storage (%@)",
-                 {{Anchor::Profile, "databases"},
-                  {Anchor::Profile, "File System"},
-                  {Anchor::Profile, "IndexedDB"},
-                  {Anchor::Profile, "Local Storage"},
-                  {Anchor::Profile, "Pepper Data"},
-                  {Anchor::Profile, "Storage"},
-                  {Anchor::Profile, "Pepper Data"},
-                  {Anchor::Profile, "Web Data"},
-                  {Anchor::Profile, "Web Data-journal"}}},
-            },
-        .gathered =
-            {
-                {"Browser Caches",
-                 {{Anchor::Profile, "Application Cache"}, {Anchor::Profile, "GPUCache"}, {Anchor::CacheFolder, ""}}},
-            },
+        .items = chromeProfileRows(),
+        .gathered = {chromeCachesRow({Anchor::CacheFolder, ""})},
     };
 
-    // Of the one profile Firefox's section cleans.
+    // Of the one profile Firefox's section cleans; without one the section has no items at all.
     static const SourceTable kFirefoxTable{
         .browser = &kFirefox,
         .items =
-            {
-                {"Cookies",
-                 {{Anchor::Profile, "cookies.sqlite"},
-                  {Anchor::Profile, "webappsstore.sqlite"},
-                  {Anchor::Profile, "chromeappsstore.sqlite"}}},
-                {"Browser Caches",
-                 {{Anchor::Home, "Library/Caches/Mozilla/updates/Applications/Firefox"}, {Anchor::CacheFolder, ""}}},
-                {"Login Data", {{Anchor::Profile, "logins.json"}, {Anchor::Profile, "key3.db"}}},
-                {"LastSession",
-                 {{Anchor::Profile, "sessionstore-backups"},
-                  {Anchor::Profile, "sessionCheckpoints.json"},
-                  {Anchor::Profile, "sessionstore.bak"}}},
-                {"User preferences",
-                 {{Anchor::Profile, "user.js"}, {Anchor::Profile, "xulstore.json"}, {Anchor::Profile, "prefs.js"}}},
-                {"Local Storage",
-                 {{Anchor::Profile, "formhistory.sqlite"},
-                  {Anchor::Profile, "persdict.dat"},
-                  {Anchor::Profile, "search.sqlite"},
-                  {Anchor::Profile, "permissions.sqlite"},
-                  {Anchor::Profile, "content-prefs.sqlite"},
-                  {Anchor::Profile, "cert8.db"},
-                  {Anchor::Profile, "secmod.db"},
-                  {Anchor::Profile, "searchplugins"},
-                  {Anchor::Profile, "mimeTypes.rdf"}}},
-                {"Crash Reports", {{Anchor::DataFolder, "Crash Reports"}}},
-            },
+            [] {
+                std::vector<ItemRow> rows =
+                    firefoxProfileRows({{Anchor::Home, "Library/Caches/Mozilla/updates/Applications/Firefox"},
+                                        {Anchor::CacheFolder, ""},
+                                        {Anchor::ProfileCache, "cache2"}});
+                rows.push_back(firefoxCrashReportsRow());
+                return rows;
+            }(),
     };
 
     // The System section is there on every disk; the Finder's application only gives it its image.

@@ -1,12 +1,23 @@
 #include "layout/profiles.hpp"
 
+#include <algorithm>
+
 #include "base/folders.hpp"
 #include "layout/chrome_local_state.hpp"
+#include "layout/profiles_ini.hpp"
 
 namespace tidewell {
 
 bool isInstalled(const DiskRoot& disk, const Browser& browser) {
+    if (browser.application.empty()) {
+        return std::ranges::any_of(browser.dataFolders,
+                                   [&](std::string_view folder) { return fileExistsAt(disk.inHome(folder).path); });
+    }
     return disk.exists(browser.application);
+}
+
+std::string applicationImage(const DiskRoot& disk, const Browser& browser) {
+    return browser.application.empty() ? dataFolderOf(disk, browser).path : disk.resolve(browser.application);
 }
 
 FileUrl dataFolderOf(const DiskRoot& disk, const Browser& browser) {
@@ -32,6 +43,17 @@ std::optional<std::vector<BrowserProfile>> profilesOf(const DiskRoot& disk, cons
         }
         for (ChromeProfile& profile : chromeProfilesFromLocalState(*contents)) {
             profiles.push_back({data.appending(profile.folder), std::move(profile.name)});
+        }
+        break;
+    }
+    case ProfileRule::ProfilesIni: {
+        const std::optional<std::string> contents = readWholeFile(data.appending("profiles.ini").path);
+        if (!contents) {
+            return std::nullopt;
+        }
+        for (IniProfile& profile : profilesFromIni(*contents)) {
+            profiles.push_back({profile.relative ? data.appending(profile.path) : FileUrl{disk.resolve(profile.path)},
+                                std::move(profile.name)});
         }
         break;
     }

@@ -16,8 +16,12 @@ struct BrowserProfile {
     std::string name;
 };
 
-/// Whether a browser is installed on the disk: something is at its application's path.
+/// Whether a browser is installed on the disk: something is at its application's path, or, for a browser without
+/// one, at one of its data folders.
 [[nodiscard]] bool isInstalled(const DiskRoot& disk, const Browser& browser);
+
+/// The path that stands for a browser's image ("Img", the panel's icon): its application, or its data folder.
+[[nodiscard]] std::string applicationImage(const DiskRoot& disk, const Browser& browser);
 
 /// The browser's data folder on the disk: the first of its data folders that exists, else the first.
 [[nodiscard]] FileUrl dataFolderOf(const DiskRoot& disk, const Browser& browser);
@@ -27,7 +31,10 @@ struct BrowserProfile {
 /// - LocalState: the profiles the data folder's "Local State" registers, in its order, with their display names
 ///   (see chromeProfilesFromLocalState); nothing when the file cannot be read (the browser never ran);
 /// - FirstFolderNamedDefault: the first entry of the profiles folder, in listing order, whose name holds "default"
-///   (the case matters), unnamed; none when no entry does or the folder cannot be listed.
+///   (the case matters), unnamed; none when no entry does or the folder cannot be listed;
+/// - ProfilesIni: the profiles the data folder's "profiles.ini" names (see profilesFromIni), a relative path taken
+///   in the data folder and an absolute one under the disk root, with their Name=; nothing when the file cannot be
+///   read.
 [[nodiscard]] std::optional<std::vector<BrowserProfile>> profilesOf(const DiskRoot& disk, const Browser& browser);
 
 } // namespace tidewell

@@ -23,6 +23,7 @@ enum class Expansion {
     Entries,          // each entry of the folder, in the order the file system lists them
     EntriesInEach,    // each entry of `inner` inside each entry of the folder (".DS_Store" passed over)
     EntriesNamedLike, // each entry of the folder whose name holds `inner`, the case of ASCII letters aside
+    EntriesEndingIn,  // each entry of the folder whose name ends with `inner` (the case matters)
 };
 
 /// One location of a table. An empty path names the anchor's folder itself.
@@ -62,6 +63,10 @@ struct SourceTable {
     std::string_view folder = {};
     /// The section is there whether or not its application is.
     bool alwaysShown = false;
+    /// For a source without an application: folders or files, relative to the home, any of which adds the section.
+    std::vector<std::string_view> presence = {};
+    /// With more than one profile, each item's name ends with " (<the profile's name>)" (a name without "%@").
+    bool profileInNames = false;
     /// The items, once for each profile of the browser (once for a source without profiles).
     std::vector<ItemRow> items;
     /// Items after those, once each: their profile locations are taken for every profile, in profile order, and

@@ -12,7 +12,8 @@ class RunningApplications {
 public:
     virtual ~RunningApplications() = default;
 
-    /// Those of these process names that a process of the current user runs under now.
+    /// Those of these process names that a process of the current user runs under now: its comm, the base name
+    /// of its executable, or the base name of its argv[0].
     [[nodiscard]] virtual std::set<std::string> runningAmong(const std::set<std::string>& processNames) const = 0;
 };
 

@@ -114,6 +114,8 @@ BuilderOutcome buildBrowserExtensionsSection(ScanEnv& env) {
         case BrowserFamily::Firefox:
             addFirefoxRows(env, *browser, rows);
             break;
+        case BrowserFamily::Mail:
+            break;
         }
         rows.closeGroup(browser->extensionsCaption);
         addPreferenceFiles(env.disk, *browser, resetList);

@@ -1,5 +1,10 @@
 #include "sources/source_section.hpp"
 
+#include <algorithm>
+
+#include "base/folders.hpp"
+#include "layout/profiles.hpp"
+
 #include "base/byte_count.hpp"
 #include "catalogue/items.hpp"
 #include "catalogue/record_keys.hpp"
@@ -55,10 +60,52 @@ UrlList gathered(const ItemRow& row, AnchorFolders anchors, const std::vector<Br
 
 } // namespace
 
+namespace {
+
+bool isPresent(const DiskRoot& disk, const SourceTable& table) {
+    if (table.alwaysShown) {
+        return true;
+    }
+    if (table.browser != nullptr) {
+        return isInstalled(disk, *table.browser);
+    }
+    if (table.application.empty()) {
+        return std::ranges::any_of(table.presence,
+                                   [&](std::string_view path) { return fileExistsAt(disk.inHome(path).path); });
+    }
+    return disk.exists(table.application);
+}
+
+// The section's "Img": its application, or for a source without one the first of its folders that is there (the
+// home when none is).
+std::string sectionImage(const DiskRoot& disk, const SourceTable& table) {
+    if (table.browser != nullptr) {
+        return applicationImage(disk, *table.browser);
+    }
+    if (!table.application.empty()) {
+        return disk.resolve(table.application);
+    }
+    for (const std::string_view path : table.presence) {
+        if (fileExistsAt(disk.inHome(path).path)) {
+            return disk.inHome(path).path;
+        }
+    }
+    return disk.homePath();
+}
+
+std::string itemName(const SourceTable& table, const ItemRow& row, const BrowserProfile& profile,
+                     std::size_t profileCount) {
+    if (table.profileInNames && profileCount > 1) {
+        return std::string(row.name) + " (" + profile.name + ")";
+    }
+    return fillName(row.name, profile.name);
+}
+
+} // namespace
+
 BuilderOutcome sourceSection(ScanEnv& env, const SourceTable& table) {
     const Browser* browser = table.browser;
-    const std::string_view application = browser != nullptr ? browser->application : table.application;
-    if (!table.alwaysShown && !env.disk.exists(application)) {
+    if (!isPresent(env.disk, table)) {
         return {};
     }
     AnchorFolders anchors = anchorsOf(env.disk, table);
@@ -73,7 +120,7 @@ BuilderOutcome sourceSection(ScanEnv& env, const SourceTable& table) {
         for (const BrowserProfile& profile : profiles) {
             anchors.profile = &profile;
             for (const ItemRow& row : table.items) {
-                items.push_back(tableItem(row, fillName(row.name, profile.name), expanded(row, anchors)));
+                items.push_back(tableItem(row, itemName(table, row, profile, profiles.size()), expanded(row, anchors)));
             }
         }
         anchors.profile = nullptr;
@@ -88,11 +135,13 @@ BuilderOutcome sourceSection(ScanEnv& env, const SourceTable& table) {
     const RecordRole role{RecordKind::SourceSection, browser, browser != nullptr ? browser->icon : table.icon,
                           browser != nullptr ? browser->summary : std::string_view()};
     return measuredSection(env, std::string(browser != nullptr ? browser->name : table.name), std::move(items),
-                           env.disk.resolve(application), role);
+                           sectionImage(env.disk, table), role);
 }
 
 BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items, std::string image, RecordRole role) {
-    const std::int64_t bytes = measureItems(items, env.sizes);
+    const MeasuredItems measured = measureItems(items, env.sizes);
+    const std::int64_t bytes =
+        env.disk.layout().countNestedOnce ? bytesCountedOnce(measured.locations) : measured.bytes;
     const SizeText size = sizeTextFor(bytes);
     auto section = makeRecord({{keys::kName, std::move(name)},
                                {keys::kItems, std::move(items)},
@@ -102,7 +151,7 @@ BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items,
                                {keys::kEnabled, size.enabled},
                                {keys::kGrouped, false}},
                               role);
-    return {std::move(section), bytes, true};
+    return {std::move(section), bytes, true, measured.locations};
 }
 
 std::string fillName(std::string_view nameTemplate, std::string_view value) {

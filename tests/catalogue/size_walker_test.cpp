@@ -197,7 +197,7 @@ TEST(MeasureItems, CountsOverlapsEachTimeAndWritesTheItemTexts) {
         makeItem({FileUrl{d.at("missing")}}, "Missing", false),
     };
     SizeCounter sizes(0);
-    EXPECT_EQ(measureItems(items, sizes), folder + 2 * a);
+    EXPECT_EQ(measureItems(items, sizes).bytes, folder + 2 * a);
     EXPECT_TRUE(items[0]->flag("isEnabled"));
     EXPECT_EQ(items[0]->text("sizeText"), formatByteCount(folder + 2 * a));
     for (const std::size_t i : {1U, 2U}) {

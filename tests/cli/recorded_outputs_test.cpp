@@ -65,34 +65,40 @@ std::string contentsOf(const fs::path& path) {
     return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-// With TIDEWELL_RECORD_OUTPUTS set to a folder, the outputs are written there instead of compared.
+// With TIDEWELL_RECORD_OUTPUTS set to a folder, the outputs are written there instead of compared. The macOS
+// sample disk's go to sample-disk-outputs, the Linux one's to sample-disk-outputs-linux.
 TEST(RecordedOutputs, TheSampleDiskPrintsWhatWasRecorded) {
-    const testing::TempFolder temp;
-    testing::writeSampleDisk(temp.path() + "/disk", "ann");
-    const std::string root = fs::canonical(temp.path() + "/disk").string();
-    const char* recordInto = std::getenv("TIDEWELL_RECORD_OUTPUTS");
-    const fs::path recorded =
-        recordInto != nullptr ? fs::path(recordInto) : fs::path(TIDEWELL_FIXTURES) / "sample-disk-outputs";
-    const std::string listing = listingOf(root);
-    if (recordInto != nullptr) {
-        fs::create_directories(recorded);
-        std::ofstream(recorded / kListingFile, std::ios::binary) << listing;
-    }
-    // Elsewhere folders list in another order, and so do the outputs: then each output must still hold the very
-    // lines recorded.
-    const bool sameOrder = contentsOf(recorded / kListingFile) == listing;
-    for (const RecordedRun& run : kRuns) {
-        std::vector<std::string> args{"--root", root, "--user", "ann"};
-        args.insert(args.end(), run.args.begin(), run.args.end());
-        const testing::ToolRun ran = testing::runTool(args);
-        EXPECT_EQ(ran.status, 0) << run.file << ": " << ran.err;
-        const std::string output = replacingAll(ran.out, root, "<root>");
+    for (const DiskLayout* layout : {&macosLayout(), &linuxLayout()}) {
+        SCOPED_TRACE(layout->name);
+        const std::string folder =
+            std::string("sample-disk-outputs") + (layout == &macosLayout() ? "" : "-" + std::string(layout->name));
+        const testing::TempFolder temp;
+        testing::writeSampleDisk(temp.path() + "/disk", "ann", *layout);
+        const std::string root = fs::canonical(temp.path() + "/disk").string();
+        const char* recordInto = std::getenv("TIDEWELL_RECORD_OUTPUTS");
+        const fs::path recorded = recordInto != nullptr ? fs::path(recordInto) / ".." / folder
+                                                        : fs::path(TIDEWELL_FIXTURES) / folder;
+        const std::string listing = listingOf(root);
         if (recordInto != nullptr) {
-            std::ofstream(recorded / run.file, std::ios::binary) << output;
-        } else if (sameOrder) {
-            EXPECT_EQ(output, contentsOf(recorded / run.file)) << run.file;
-        } else {
-            EXPECT_EQ(sortedLines(output), sortedLines(contentsOf(recorded / run.file))) << run.file;
+            fs::create_directories(recorded);
+            std::ofstream(recorded / kListingFile, std::ios::binary) << listing;
+        }
+        // Elsewhere folders list in another order, and so do the outputs: then each output must still hold the
+        // very lines recorded.
+        const bool sameOrder = contentsOf(recorded / kListingFile) == listing;
+        for (const RecordedRun& run : kRuns) {
+            std::vector<std::string> args{"--root", root, "--user", "ann"};
+            args.insert(args.end(), run.args.begin(), run.args.end());
+            const testing::ToolRun ran = testing::runTool(args);
+            EXPECT_EQ(ran.status, 0) << run.file << ": " << ran.err;
+            const std::string output = replacingAll(ran.out, root, "<root>");
+            if (recordInto != nullptr) {
+                std::ofstream(recorded / run.file, std::ios::binary) << output;
+            } else if (sameOrder) {
+                EXPECT_EQ(output, contentsOf(recorded / run.file)) << run.file;
+            } else {
+                EXPECT_EQ(sortedLines(output), sortedLines(contentsOf(recorded / run.file))) << run.file;
+            }
         }
     }
 }

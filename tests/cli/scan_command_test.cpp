@@ -150,7 +150,10 @@ TEST_F(ScanCommand, UsageErrorsSayWhatIsWrongOnOneLine) {
         {on({"frobnicate"}),
          "unknown command 'frobnicate'; the commands are: scan, extensions, inventory, clean, purge"},
         {{"--root", disk}, "no command given; the commands are: scan,"},
+        // Without <root>/Users/nobody the disk is taken for a Linux one.
         {{"--root", disk, "--user", "nobody", "scan"},
+         "no home folder for 'nobody': nothing at " + disk + "/home/nobody"},
+        {{"--root", disk, "--user", "nobody", "--layout", "macos", "scan"},
          "no home folder for 'nobody': nothing at " + disk + "/Users/nobody"},
         {{"--root", disk, "--user", "mallory", "clean", "--yes"},
          "the home folder " + disk + "/Users/mallory leads to " + s_temp->path() + "/elsewhere, outside the disk root"},

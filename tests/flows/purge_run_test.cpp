@@ -31,12 +31,20 @@ TEST(HourlyPurge, PurgesEveryInstalledBrowserUnlessOneRuns) {
     } // the engine owns its tasks: they are joined when it goes
     EXPECT_EQ(loads, 2);
     std::vector<std::string> lines = logs.lines();
-    ASSERT_EQ(lines.size(), 6U);
+    // Both Chrome profiles are purged.
+    ASSERT_EQ(lines.size(), 7U);
     std::sort(lines.begin() + 3, lines.end());
     EXPECT_EQ(lines, (std::vector<std::string>{"App Opens", "Data Collection", "Remove Start", "Chrome Deleted",
-                                               "Firefox Deleted", "Safari Deleted"}));
+                                               "Chrome Deleted", "Firefox Deleted", "Safari Deleted"}));
     EXPECT_EQ(testing::tableDump(safari, "history_items").size(), 7U);
-    EXPECT_EQ(testing::tableDump(d.at("Library/Application Support/Google/Chrome/Default/History"), "urls").size(), 7U);
+    for (const char* profile : {"Default", "Profile 1"}) {
+        EXPECT_EQ(
+            testing::tableDump(d.at(std::string("Library/Application Support/Google/Chrome/") + profile + "/History"),
+                               "urls")
+                .size(),
+            7U)
+            << profile;
+    }
 }
 
 } // namespace

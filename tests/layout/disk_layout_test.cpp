@@ -3,6 +3,7 @@
 #include <cstdlib>
 
 #include "layout/locations.hpp"
+#include "layout/profiles_ini.hpp"
 #include "support/disk_builder.hpp"
 
 namespace tidewell {
@@ -54,6 +55,7 @@ TEST(Locations, ABrowserUsesItsFirstDataFolderThatExistsAndItsProfilesCaches) {
                           .profiles = ProfileRule::LocalState,
                           .adultHistoryName = "B Adult History",
                           .historyDatabase = {Anchor::Profile, "History"},
+                          .profileHistory = {Anchor::Profile, "History"},
                           .history = nullptr,
                           .extensions = {Anchor::Profile, "Extensions"},
                           .extensionsCaption = "B Extensions",
@@ -71,6 +73,32 @@ TEST(Locations, ABrowserUsesItsFirstDataFolderThatExistsAndItsProfilesCaches) {
     EXPECT_EQ(locationOf({Anchor::Profile, "History"}, anchors).path, d.at("snap/b/common/b/P/History"));
     EXPECT_EQ(locationOf({Anchor::Root, "/etc/xdg"}, anchors).path, d.at("/etc/xdg"));
     EXPECT_EQ(locationOf({Anchor::Home, ""}, anchors).path, d.home());
+}
+
+} // namespace
+} // namespace tidewell
+
+namespace tidewell {
+namespace {
+
+// Profiles come in the order of their [ProfileN] numbers, not of the file; a path that could leave the data
+// folder, or whose form disagrees with IsRelative=, names no profile.
+TEST(ProfilesIni, ListsEveryUsableProfileInNumberOrder) {
+    const std::vector<IniProfile> profiles = profilesFromIni("[General]\r\nVersion=2\r\n"
+                                                             "[Profile1]\r\nName=default\r\nIsRelative=1\r\n"
+                                                             "Path=v7wz8jxu.default\r\n"
+                                                             "[Profile0]\nName = default-esr \nPath=c9y3p1td.default-esr\n"
+                                                             "[Profile10]\nName=elsewhere\nIsRelative=0\nPath=/mnt/p\n"
+                                                             "[Profile2]\nName=climbs\nPath=../../etc\n"
+                                                             "[Profile3]\nName=mismatch\nIsRelative=0\nPath=rel\n"
+                                                             "[Profile4]\nName=no path\n"
+                                                             "[Install3B60]\nDefault=c9y3p1td.default-esr\n");
+    ASSERT_EQ(profiles.size(), 3U);
+    EXPECT_EQ(profiles[0].name, "default-esr");
+    EXPECT_EQ(profiles[0].path, "c9y3p1td.default-esr");
+    EXPECT_EQ(profiles[1].path, "v7wz8jxu.default");
+    EXPECT_EQ(profiles[2].path, "/mnt/p");
+    EXPECT_FALSE(profiles[2].relative);
 }
 
 } // namespace

@@ -33,7 +33,7 @@ TEST(AdultHistorySection, HoldsOneDatabaseItemPerInstalledBrowserInChromeSafariF
         {"firefox", "Library/Application Support/Firefox/Profiles/abc.default-release/places.sqlite"}};
     for (std::size_t i = 0; i < databases.size(); ++i) {
         const Item item = testing::itemAt(section, i);
-        EXPECT_EQ(keysOf(*item.record()), (std::vector<std::string>{"NameText", "isChecked", "isEnabled", "Path"}));
+        EXPECT_EQ(keysOf(*item.record()), (std::vector<std::string>{"NameText", "isChecked", "isEnabled", "Path", "AllPaths"}));
         EXPECT_TRUE(item.isTicked() && item.isEnabled());
         EXPECT_EQ(item.kind(), RecordKind::HistoryItem);
         EXPECT_EQ(item.browser(), findBrowser(macosLayout(), databases[i].first));

@@ -114,7 +114,7 @@ TEST_F(SourceSections, ChromeFollowsItsLocalState) {
     EXPECT_EQ((Paths{names[0], names[9], names[18], names[27], names[36]}),
               (Paths{"Cookies (Twin)", "Cookies (Twin)", "Cookies ()", "Cookies ()", "Browser Caches"}));
 
-    // The caches: each profile's two folders in profile order, then the shared cache folder. "Pepper Data" is
+    // The caches: each profile's five folders in profile order, then the shared cache folder. "Pepper Data" is
     // listed twice and measured twice.
     d.chromeLocalState({{"Default", "Person 1"}, {"Profile 1", "Work"}});
     d.file(chrome + "Default/Pepper Data/plugin.dat", 10000);
@@ -122,7 +122,11 @@ TEST_F(SourceSections, ChromeFollowsItsLocalState) {
     ASSERT_EQ(Section(section).itemCount(), 19U);
     EXPECT_EQ(locationPaths(itemAt(section, 18)),
               (Paths{d.at(chrome + "Default/Application Cache"), d.at(chrome + "Default/GPUCache"),
-                     d.at(chrome + "Profile 1/Application Cache"), d.at(chrome + "Profile 1/GPUCache"),
+                     d.at(chrome + "Default/Code Cache"), d.at(chrome + "Default/Service Worker/CacheStorage"),
+                     d.at(chrome + "Default/Service Worker/ScriptCache"), d.at(chrome + "Profile 1/Application Cache"),
+                     d.at(chrome + "Profile 1/GPUCache"), d.at(chrome + "Profile 1/Code Cache"),
+                     d.at(chrome + "Profile 1/Service Worker/CacheStorage"),
+                     d.at(chrome + "Profile 1/Service Worker/ScriptCache"),
                      d.at("Library/Caches/Google/Chrome")}));
     const Item storage = itemAt(section, 8);
     EXPECT_EQ(storage.name(), "Local Storage (Person 1)");

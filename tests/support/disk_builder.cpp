@@ -84,7 +84,8 @@ void makeParents(const std::string& path) {
     std::filesystem::create_directories(std::filesystem::path(path).parent_path());
 }
 
-DiskBuilder::DiskBuilder(std::string root, std::string login) : m_root(std::move(root)), m_login(std::move(login)) {
+DiskBuilder::DiskBuilder(std::string root, std::string login, const DiskLayout& layout)
+    : m_root(std::move(root)), m_login(std::move(login)), m_layout(&layout) {
     std::filesystem::create_directories(home());
 }
 
@@ -96,7 +97,7 @@ std::string DiskBuilder::at(std::string_view path) const {
 }
 
 DiskRoot DiskBuilder::disk() const {
-    auto disk = DiskRoot::make(m_root, m_login);
+    auto disk = DiskRoot::make(m_root, m_login, *m_layout);
     if (!disk) {
         throw std::runtime_error(disk.error());
     }
@@ -132,14 +133,15 @@ DiskBuilder& DiskBuilder::app(std::string_view absolutePath) {
                 "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict/></plist>\n");
 }
 
-DiskBuilder& DiskBuilder::chromeLocalState(const std::vector<std::pair<std::string, std::string>>& profiles) {
+DiskBuilder& DiskBuilder::chromeLocalState(const std::vector<std::pair<std::string, std::string>>& profiles,
+                                          std::string_view dataFolder) {
     nlohmann::ordered_json infoCache = nlohmann::ordered_json::object();
     for (const auto& [folder, name] : profiles) {
         infoCache[folder] = {{"name", name}, {"is_using_default_name", false}};
     }
     const nlohmann::ordered_json localState = {{"browser", {{"last_redirect_origin", ""}}},
                                                {"profile", {{"info_cache", infoCache}, {"last_used", "Default"}}}};
-    return text("Library/Application Support/Google/Chrome/Local State", localState.dump(3));
+    return text(std::string(dataFolder) + "/Local State", localState.dump(3));
 }
 
 DiskBuilder& DiskBuilder::allApps() {

@@ -31,15 +31,15 @@ private:
 /// Removes a tree whatever it holds, links not followed.
 void removeTree(const std::string& path);
 
-/// Builds a disk laid out like a macOS disk. A path that begins with "/" is under the disk root; any other path is
-/// relative to the home folder <root>/Users/<login>. Parents are made as needed.
+/// Builds a disk in a layout (a macOS disk by default). A path that begins with "/" is under the disk root; any
+/// other path is relative to the home folder <root><the layout's homes>/<login>. Parents are made as needed.
 class DiskBuilder {
 public:
-    explicit DiskBuilder(std::string root, std::string login = "ann");
+    explicit DiskBuilder(std::string root, std::string login = "ann", const DiskLayout& layout = macosLayout());
 
     [[nodiscard]] const std::string& root() const { return m_root; }
     [[nodiscard]] const std::string& login() const { return m_login; }
-    [[nodiscard]] std::string home() const { return m_root + "/Users/" + m_login; }
+    [[nodiscard]] std::string home() const { return m_root + std::string(m_layout->homes) + "/" + m_login; }
     /// The absolute path of a builder path.
     [[nodiscard]] std::string at(std::string_view path) const;
     /// The disk as the catalogue sees it.
@@ -54,8 +54,10 @@ public:
     /// An application bundle: a folder with Contents/Info.plist, at an absolute layout path
     /// ("/Applications/Safari.app").
     DiskBuilder& app(std::string_view absolutePath);
-    /// Chrome's "Local State" with these (folder, display name) profiles, in order.
-    DiskBuilder& chromeLocalState(const std::vector<std::pair<std::string, std::string>>& profiles);
+    /// Chrome's "Local State" with these (folder, display name) profiles, in order, in the macOS data folder or in
+    /// the given one.
+    DiskBuilder& chromeLocalState(const std::vector<std::pair<std::string, std::string>>& profiles,
+                                  std::string_view dataFolder = "Library/Application Support/Google/Chrome");
 
     /// The five applications the catalogue looks for, and the Finder.
     DiskBuilder& allApps();
@@ -63,6 +65,7 @@ public:
 private:
     std::string m_root;
     std::string m_login;
+    const DiskLayout* m_layout;
 };
 
 /// Makes a chain of `levels` folders named "d" in an existing folder, each but the deepest holding an empty file "f"

@@ -84,8 +84,7 @@ void writeChromeExtension(DiskBuilder& d, const std::string& folder, const nlohm
 
 // Three extensions in "Default" (one named through its messages, one with two installed versions, one with a
 // plain name) and the first of them again in "Profile 1".
-void writeSampleChromeExtensions(DiskBuilder& d) {
-    const std::string chrome = "Library/Application Support/Google/Chrome/";
+void writeSampleChromeExtensions(DiskBuilder& d, const std::string& chrome) {
     for (const std::string profile : {"Default", "Profile 1"}) {
         const std::string notes = chrome + profile + "/Extensions/aaaabbbbccccddddeeeeffffgggghhhh/2.1.0_0";
         writeChromeExtension(
@@ -139,7 +138,131 @@ std::vector<std::string> sampleHistoryUrls() {
     };
 }
 
-void writeSampleDisk(const std::string& root, const std::string& login) {
+namespace {
+
+// The files of a Chrome-family profile, today's names among them, and its history.
+void writeChromeProfile(DiskBuilder& d, const std::string& p, const std::vector<std::string>& urls) {
+    d.file(p + "Cookies", 28000)
+        .file(p + "Network/Cookies", 36000)
+        .file(p + "Visited Links", 130000)
+        .file(p + "Login Data", 40000)
+        .file(p + "Login Data For Account", 40000)
+        .file(p + "Preferences", 9000)
+        .file(p + "Favicons", 20000)
+        .file(p + "Top Sites", 20000)
+        .file(p + "Shortcuts", 20000)
+        .file(p + "Network Action Predictor", 12000)
+        .file(p + "Sessions/Session_13300000000000001", 6000)
+        .file(p + "Sessions_Encrypted/Tabs_13300000000000001", 3000)
+        .file(p + "Local Storage/leveldb/000003.log", 12000)
+        .file(p + "Web Data", 60000)
+        .file(p + "GPUCache/data_0", 8000)
+        .file(p + "Code Cache/js/index", 24000)
+        .file(p + "Service Worker/CacheStorage/index.txt", 5000)
+        .file(p + "Service Worker/ScriptCache/index", 7000);
+    writeHistoryDatabase(d.at(p + "History"), Browser::Chrome, urls);
+}
+
+// A profiles.ini of Firefox's kind naming these (folder, name) profiles, in order.
+std::string profilesIni(const std::vector<std::pair<std::string, std::string>>& profiles) {
+    std::string ini = "[General]\nStartWithLastProfile=1\nVersion=2\n";
+    for (std::size_t i = 0; i < profiles.size(); ++i) {
+        ini += "\n[Profile" + std::to_string(i) + "]\nName=" + profiles[i].second + "\nIsRelative=1\nPath=" +
+               profiles[i].first + (i == 0 ? "\nDefault=1\n" : "\n");
+    }
+    return ini;
+}
+
+void writeLinuxSampleDisk(const std::string& root, const std::string& login) {
+    DiskBuilder d(root, login, linuxLayout());
+    const std::vector<std::string> urls = sampleHistoryUrls();
+
+    // Chrome, two profiles, and the snap Chromium
+    const std::string chrome = ".config/google-chrome/";
+    d.chromeLocalState({{"Default", "Person 1"}, {"Profile 1", "Work"}}, ".config/google-chrome");
+    writeChromeProfile(d, chrome + "Default/", urls);
+    writeChromeProfile(d, chrome + "Profile 1/", urls);
+    d.file(chrome + "segmentation_platform/ukm_db", 16000);
+    writeSampleChromeExtensions(d, chrome);
+    d.file(".cache/google-chrome/Default/Cache/Cache_Data/data_1", 300000)
+        .file(".cache/google-chrome/Profile 1/Cache/Cache_Data/data_1", 80000);
+    d.chromeLocalState({{"Default", "Person 1"}}, "snap/chromium/common/chromium");
+    writeChromeProfile(d, "snap/chromium/common/chromium/Default/", urls);
+    writeChromeExtension(d, "snap/chromium/common/chromium/Default/Extensions/qqqqrrrrssssttttuuuuvvvvwwwwxxxx/1.0_0",
+                         {{"manifest_version", 3}, {"name", "Dark Pages"}, {"version", "1.0"}}, 9000);
+
+    // Firefox: the current profile and an old, nearly empty one
+    d.text(".mozilla/firefox/profiles.ini",
+           profilesIni({{"k2x9w0aq.default-release", "default-release"}, {"m4p7q1zz.default", "default"}}));
+    const std::string ff = ".mozilla/firefox/k2x9w0aq.default-release/";
+    d.file(ff + "cookies.sqlite", 50000)
+        .file(ff + "logins.db", 4000)
+        .file(ff + "key4.db", 16000)
+        .file(ff + "sessionstore.jsonlz4", 15000)
+        .file(ff + "prefs.js", 12000)
+        .file(ff + "formhistory.sqlite", 30000)
+        .file(ff + "storage/default/https+++www.example.com/ls/data.sqlite", 8000)
+        .file(ff + "extensions/notes@example.org/notes.js", 26000)
+        .file(".mozilla/firefox/m4p7q1zz.default/times.json", 50)
+        .file(".mozilla/firefox/Crash Reports/InstallTime20260101", 20)
+        .file(".cache/mozilla/firefox/k2x9w0aq.default-release/cache2/entries/1F2E", 180000);
+    const std::string profile =
+        std::filesystem::absolute(d.at(ff.substr(0, ff.size() - 1))).lexically_normal().string() + "/";
+    const nlohmann::ordered_json addons = {{"schemaVersion", 35},
+                                           {"addons",
+                                            {{{"id", "notes@example.org"},
+                                              {"version", "3.2.1"},
+                                              {"defaultLocale", {{"name", "Quick Notes"}}},
+                                              {"descriptor", profile + "extensions/notes@example.org"}}}}};
+    d.text(ff + "extensions.json", addons.dump());
+    writeHistoryDatabase(d.at(ff + "places.sqlite"), Browser::Firefox, urls);
+
+    // Thunderbird and Evolution
+    d.text(".thunderbird/profiles.ini", profilesIni({{"t8c3v5bn.default-release", "default-release"}}))
+        .file(".thunderbird/t8c3v5bn.default-release/startupCache/startupCache.8.little", 40000)
+        .file(".thunderbird/t8c3v5bn.default-release/Attachments/Invoice.pdf", 75000)
+        .file(".thunderbird/t8c3v5bn.default-release/Mail/Local Folders/Inbox", 90000)
+        .file(".cache/thunderbird/t8c3v5bn.default-release/cache2/entries/77AA", 60000)
+        .file(".cache/evolution/mail/1/cur/message", 20000);
+
+    // System: thumbnails, recent files, application caches, the trash, session logs; and Flash
+    d.file(".cache/thumbnails/normal/0123456789abcdef.png", 14000)
+        .file(".cache/thumbnails/large/fedcba9876543210.png", 52000)
+        .file(".cache/fontconfig/cache-8", 30000)
+        .file(".cache/pip/http/0/1/wheel", 120000)
+        .file(".local/share/recently-used.xbel", 6000)
+        .file(".local/share/Trash/files/old-report.odt", 48000)
+        .file(".local/share/Trash/files/holiday.jpg", 350000)
+        .text(".local/share/Trash/info/old-report.odt.trashinfo", "[Trash Info]\nPath=/home/ann/old-report.odt\n")
+        .text(".local/share/Trash/info/holiday.jpg.trashinfo", "[Trash Info]\nPath=/home/ann/holiday.jpg\n")
+        .file(".xsession-errors", 9000)
+        .file(".xsession-errors.old", 4000)
+        .file(".local/share/xorg/Xorg.0.log", 30000)
+        .file(".local/share/xorg/Xorg.0.log.old", 28000)
+        .file(".macromedia/Flash_Player/#SharedObjects/ABCD/site.example/settings.sol", 700);
+
+    // Start-up entries, services, support folders and applications for the inventories
+    d.text("/etc/xdg/autostart/print-applet.desktop", "[Desktop Entry]\nName=Print Applet\n")
+        .text(".config/autostart/sync-client.desktop", "[Desktop Entry]\nName=Sync Client\n")
+        .text("/etc/systemd/system/backup.service", "[Service]\nExecStart=/usr/bin/true\n")
+        .folder("/etc/systemd/system/multi-user.target.wants")
+        .text(".config/systemd/user/notes-sync.timer", "[Timer]\nOnCalendar=hourly\n")
+        .text("/usr/share/applications/text-editor.desktop", "[Desktop Entry]\nName=Text Editor\n")
+        .text("/usr/share/applications/mimeinfo.cache", "[MIME Cache]\n")
+        .text(".local/share/applications/sketch-pad.desktop", "[Desktop Entry]\nName=Sketch Pad\n")
+        .text("/var/lib/flatpak/exports/share/applications/org.example.Paint.desktop", "[Desktop Entry]\n")
+        .text("/var/lib/snapd/desktop/applications/chromium_chromium.desktop", "[Desktop Entry]\n")
+        .folder(".config/sketch-pad")
+        .folder(".local/share/sketch-pad");
+}
+
+} // namespace
+
+void writeSampleDisk(const std::string& root, const std::string& login, const DiskLayout& layout) {
+    if (&layout == &linuxLayout()) {
+        writeLinuxSampleDisk(root, login);
+        return;
+    }
     DiskBuilder d(root, login);
     d.allApps();
     const std::vector<std::string> urls = sampleHistoryUrls();
@@ -189,7 +312,7 @@ void writeSampleDisk(const std::string& root, const std::string& login) {
             .file(p + "Application Cache/Index", 4000);
         writeHistoryDatabase(d.at(p + "History"), Browser::Chrome, urls);
     }
-    writeSampleChromeExtensions(d);
+    writeSampleChromeExtensions(d, "Library/Application Support/Google/Chrome/");
     d.file("Library/Caches/Google/Chrome/Default/Cache/data_1", 300000)
         .file("Library/Caches/Google/Chrome/Default/Cache/data_2", 120000);
 

@@ -24,6 +24,13 @@ void writeHistoryDatabase(const std::string& path, Browser browser, const std::v
 /// with two versions, "Reader Mode Plus") and "Page Notes" again in "Profile 1"; two Firefox add-ons of which
 /// the one named "Default" is not listed; a Safari extension beside "Extensions.plist" and ".DS_Store". Launch
 /// agents and daemons, support folders and an application in the home's Applications folder.
-void writeSampleDisk(const std::string& root, const std::string& login = "ann");
+///
+/// On a Linux layout the home <root>/home/<login> holds instead: Chrome with two profiles and today's files, the
+/// snap Chromium, Firefox whose profiles.ini names a "default-release" profile and an old, nearly empty
+/// "default", Thunderbird and Evolution's cache, an XDG trash with files and info, thumbnails,
+/// recently-used.xbel, application caches and session logs, Flash, extensions of Chrome, Chromium and Firefox,
+/// autostart entries, unit files and desktop entries; every history holds adult URLs among ordinary ones.
+void writeSampleDisk(const std::string& root, const std::string& login = "ann",
+                     const DiskLayout& layout = macosLayout());
 
 } // namespace tidewell::testing

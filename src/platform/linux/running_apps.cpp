@@ -5,6 +5,8 @@
 
 #include <charconv>
 #include <cstring>
+#include <string_view>
+#include <vector>
 
 #include "base/folders.hpp"
 
@@ -32,6 +34,39 @@ std::optional<uid_t> processUser(const std::string& status) {
     return uid;
 }
 
+std::string baseName(std::string_view path) {
+    const std::size_t slash = path.rfind('/');
+    return std::string(slash == std::string_view::npos ? path : path.substr(slash + 1));
+}
+
+// The names a process goes by: the name the kernel keeps for it (comm, which a program may change, as Firefox
+// does to "GeckoMain"), the base name of its executable, and the base name of its argv[0] (a wrapper script's
+// exec keeps the program's own name there).
+std::vector<std::string> processNamesOf(const std::string& folder) {
+    std::vector<std::string> names;
+    if (std::optional<std::string> comm = readWholeFile(folder + "/comm", 4096)) {
+        if (comm->ends_with('\n')) {
+            comm->pop_back();
+        }
+        names.push_back(std::move(*comm));
+    }
+    std::string exe(4096, '\0');
+    const ssize_t length = ::readlink((folder + "/exe").c_str(), exe.data(), exe.size());
+    if (length > 0) {
+        exe.resize(static_cast<std::size_t>(length));
+        // An executable replaced while it runs shows as "<path> (deleted)".
+        constexpr std::string_view kDeleted = " (deleted)";
+        if (exe.ends_with(kDeleted)) {
+            exe.resize(exe.size() - kDeleted.size());
+        }
+        names.push_back(baseName(exe));
+    }
+    if (const std::optional<std::string> cmdline = readWholeFile(folder + "/cmdline", 65536)) {
+        names.push_back(baseName(std::string_view(cmdline->c_str())));
+    }
+    return names;
+}
+
 class ProcRunningApplications final : public RunningApplications {
 public:
     [[nodiscard]] std::set<std::string> runningAmong(const std::set<std::string>& processNames) const override {
@@ -42,19 +77,16 @@ public:
                 continue;
             }
             const std::string folder = "/proc/" + entry;
-            std::optional<std::string> name = readWholeFile(folder + "/comm", 4096);
-            if (!name) {
-                continue; // the process ended meanwhile
-            }
-            if (name->ends_with('\n')) {
-                name->pop_back();
-            }
-            if (!processNames.contains(*name) || running.contains(*name)) {
-                continue;
+            std::vector<std::string> names = processNamesOf(folder);
+            std::erase_if(names, [&](const std::string& name) {
+                return !processNames.contains(name) || running.contains(name);
+            });
+            if (names.empty()) {
+                continue; // none of the names looked for, or the process ended meanwhile
             }
             const std::optional<std::string> status = readWholeFile(folder + "/status", 65536);
             if (status && processUser(*status) == me) {
-                running.insert(std::move(*name));
+                running.insert(std::make_move_iterator(names.begin()), std::make_move_iterator(names.end()));
             }
         }
         return running;
