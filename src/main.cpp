@@ -32,11 +32,14 @@ Exit status:
   0  done, or the running Tidewell was brought forward
   2  usage error (one line on standard error)
 
-Disk layout:
-  The disk is read in the fixed layout of a macOS disk, under the disk root (--root, "/" by default): the home
-  folder is <root>/Users/NAME, where NAME is --user or the login name of whoever runs tidewell (never $HOME), and
-  applications are looked for under <root>/Applications. Tidewell reaches the home folder only through the folder
-  its access window was granted, and removes nothing outside it.
+Disk layouts:
+  The disk is read in the fixed layout of a macOS or a Linux disk (--layout macos or linux), under the disk root
+  (--root, "/" by default). With --layout auto, the default, it is a macOS disk when <root>/Users/NAME is a
+  folder and a Linux disk otherwise. NAME is --user, or the login name of whoever runs tidewell (never $HOME).
+  macOS: the home folder is <root>/Users/NAME; applications are looked for under <root>/Applications.
+  Linux: the home folder is <root>/home/NAME, or without --root NAME's home in the user database (/etc/passwd).
+  Tidewell reaches the home folder only through the folder its access window was granted, and removes nothing
+  outside it. The login item of "Run at start" runs Tidewell on the user's own home.
 
 Files:
   ~/.config/tidewell/tidewell.conf

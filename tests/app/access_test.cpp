@@ -148,5 +148,36 @@ TEST_F(AccessTest, TheRealPanelTakesOnlyAnAcceptedFolder) {
     EXPECT_EQ(comparablePath(panel.chosenFolder()), comparablePath(allowed));
 }
 
+// On a Linux disk the access window asks for the Linux home, offers the homes folder in place of /Users, and the
+// login item of "Run at start" (on by default) is written only once the home is granted.
+TEST_F(AccessTest, OnALinuxDiskThePanelStartsAtTheHomeAndTheLoginItemWaitsForTheGrant) {
+    DiskBuilder linuxDisk{temp.path() + "/linux", "ann", linuxLayout()};
+    linuxDisk.folder(".config").folder("/home/bob");
+    auto linuxApplication = std::make_unique<Application>(AppEnvironment{
+        linuxDisk.disk(), settingsFile, {autostartFolder, "/usr/bin/tidewell"}, false, QString()});
+    linuxApplication->setMainWindowFactory(
+        [](WindowHost& host) -> std::unique_ptr<QWidget> { return std::make_unique<StandInMainWindow>(host); });
+    linuxApplication->start();
+    QCoreApplication::processEvents();
+    EXPECT_FALSE(loginEntryExists()) << "nothing is written before a grant";
+
+    AccessWindow* window = linuxApplication->accessWindow();
+    ASSERT_NE(window, nullptr);
+    FolderPanel::answerNextPanel(QString::fromStdString(linuxDisk.home()));
+    QSignalSpy granted(window, &AccessWindow::granted);
+    window->confirmAccessButton()->click();
+    const auto& request = FolderPanel::lastRequest();
+    ASSERT_TRUE(request);
+    EXPECT_EQ(request->startFolder.toStdString(), linuxDisk.root() + "/home/ann");
+    EXPECT_TRUE(request->offers(QString::fromStdString(linuxDisk.at("/home"))));
+    EXPECT_FALSE(request->offers(QString::fromStdString(linuxDisk.at("/home/bob"))));
+    EXPECT_FALSE(request->offers(QString::fromStdString(linuxDisk.root() + "/Users")));
+
+    ASSERT_TRUE(granted.wait());
+    ASSERT_NE(linuxApplication->mainWindow(), nullptr);
+    QCoreApplication::processEvents();
+    EXPECT_TRUE(loginEntryExists()) << "the granted home's Run at start writes the login item";
+}
+
 } // namespace
 } // namespace tidewell::testing
