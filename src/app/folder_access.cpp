@@ -30,7 +30,9 @@ bool FolderAccess::offers(const QString& folder) const {
     const QString root = QString::fromStdString(m_disk.rootPrefix().empty() ? std::string("/") : m_disk.rootPrefix());
     const QString chosen = comparablePath(folder);
     return chosen == comparablePath(QString::fromStdString(m_disk.homePath())) ||
-           chosen == comparablePath(root + QString::fromUtf8(m_disk.layout().homes.data(), static_cast<qsizetype>(m_disk.layout().homes.size()))) || chosen == comparablePath(root);
+           chosen == comparablePath(root + QString::fromUtf8(m_disk.layout().homes.data(),
+                                                             static_cast<qsizetype>(m_disk.layout().homes.size()))) ||
+           chosen == comparablePath(root);
 }
 
 bool FolderAccess::grantChosenFolder(const QString& folder) {

@@ -153,8 +153,8 @@ TEST_F(AccessTest, TheRealPanelTakesOnlyAnAcceptedFolder) {
 TEST_F(AccessTest, OnALinuxDiskThePanelStartsAtTheHomeAndTheLoginItemWaitsForTheGrant) {
     DiskBuilder linuxDisk{temp.path() + "/linux", "ann", linuxLayout()};
     linuxDisk.folder(".config").folder("/home/bob");
-    auto linuxApplication = std::make_unique<Application>(AppEnvironment{
-        linuxDisk.disk(), settingsFile, {autostartFolder, "/usr/bin/tidewell"}, false, QString()});
+    auto linuxApplication = std::make_unique<Application>(
+        AppEnvironment{linuxDisk.disk(), settingsFile, {autostartFolder, "/usr/bin/tidewell"}, false, QString()});
     linuxApplication->setMainWindowFactory(
         [](WindowHost& host) -> std::unique_ptr<QWidget> { return std::make_unique<StandInMainWindow>(host); });
     linuxApplication->start();

@@ -79,6 +79,48 @@ int rowNamed(tidewell::CatalogueView& view, const std::string& name) {
 
 } // namespace
 
+namespace {
+
+// The sample disk of a layout for ann in folder, granted, with the window shown at start (the taskbar entry kept)
+// and no login item. Chrome and Firefox pretend to run, so a clean stops at the browser sheet and deletes nothing.
+std::unique_ptr<tidewell::Application> openSampleDisk(const std::string& folder, const tidewell::DiskLayout& layout) {
+    tidewell::testing::writeSampleDisk(folder + "/disk", "ann", layout);
+    tidewell::testing::DiskBuilder disk(folder + "/disk", "ann", layout);
+    const QString settingsFile = QString::fromStdString(folder + "/tidewell.conf");
+    {
+        tidewell::AppSettings settings(settingsFile);
+        settings.setBool(tidewell::keys::kTaskbarEntry, true);
+        settings.setBool(tidewell::keys::kRunAtStart, false);
+        const auto grant = tidewell::createFolderGrant(disk.home());
+        if (grant) {
+            settings.setBytes(tidewell::keys::kHomeGrant, QByteArray::fromStdString(tidewell::grantToBytes(*grant)));
+        }
+    }
+    auto application = std::make_unique<tidewell::Application>(
+        tidewell::AppEnvironment{disk.disk(), settingsFile, {folder + "/autostart", "tidewell"}, false, QString()});
+    application->setMainWindowFactory(
+        tidewell::mainWindowFactory({.builders = std::nullopt,
+                                     .running = std::make_shared<tidewell::testing::FakeRunningApps>(
+                                         std::initializer_list<std::set<std::string>>{{"Google Chrome", "Firefox"}})}));
+    application->start();
+    return application;
+}
+
+// The main window of an application once its scan is done, shown at the top left; null if the scan never ended.
+QWidget* scannedMainWindow(tidewell::Application& application) {
+    QWidget* window = application.mainWindow();
+    tidewell::CatalogueView* view = tidewell::catalogueViewOf(window);
+    if (view == nullptr || !waitFor([&] { return view->scanDriver().scanDone(); })) {
+        std::fprintf(stderr, "tidewell-screenshots: the main window did not finish its scan\n");
+        return nullptr;
+    }
+    window->move(0, 0);
+    window->show();
+    return window;
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
     if (argc != 2) {
         std::fprintf(stderr, "usage: tidewell-screenshots FOLDER\n");
@@ -94,37 +136,23 @@ int main(int argc, char** argv) {
     const QString folder = QString::fromLocal8Bit(argv[1]);
     QDir().mkpath(folder);
 
-    // The sample disk for ann, granted, with the window shown at start (the taskbar entry kept).
     tidewell::testing::TempFolder temp;
-    tidewell::testing::writeSampleDisk(temp.path() + "/disk", "ann");
-    tidewell::testing::DiskBuilder disk(temp.path() + "/disk");
-    const QString settingsFile = QString::fromStdString(temp.path() + "/tidewell.conf");
-    {
-        tidewell::AppSettings settings(settingsFile);
-        settings.setBool(tidewell::keys::kTaskbarEntry, true);
-        settings.setBool(tidewell::keys::kRunAtStart, false);
-        const auto grant = tidewell::createFolderGrant(disk.home());
-        if (grant) {
-            settings.setBytes(tidewell::keys::kHomeGrant, QByteArray::fromStdString(tidewell::grantToBytes(*grant)));
-        }
-    }
-    tidewell::Application application(tidewell::AppEnvironment{
-        disk.disk(), settingsFile, {temp.path() + "/autostart", "tidewell"}, false, QString()});
-    // Chrome and Firefox pretend to run, so the clean stops at the browser sheet and deletes nothing.
-    application.setMainWindowFactory(
-        tidewell::mainWindowFactory({.builders = std::nullopt,
-                                     .running = std::make_shared<tidewell::testing::FakeRunningApps>(
-                                         std::initializer_list<std::set<std::string>>{{"Google Chrome", "Firefox"}})}));
-    application.start();
-
-    QWidget* window = application.mainWindow();
-    tidewell::CatalogueView* view = tidewell::catalogueViewOf(window);
-    if (view == nullptr || !waitFor([&] { return view->scanDriver().scanDone(); })) {
-        std::fprintf(stderr, "tidewell-screenshots: the main window did not finish its scan\n");
+    std::unique_ptr<tidewell::Application> linuxApplication =
+        openSampleDisk(temp.path() + "/linux", tidewell::linuxLayout());
+    if (QWidget* linuxWindow = scannedMainWindow(*linuxApplication)) {
+        save(folder + QStringLiteral("/main-window-linux.png"), *linuxWindow);
+        linuxWindow->hide();
+    } else {
         return 1;
     }
-    window->move(0, 0);
-    window->show();
+    std::unique_ptr<tidewell::Application> macosApplication =
+        openSampleDisk(temp.path() + "/macos", tidewell::macosLayout());
+    tidewell::Application& application = *macosApplication;
+    QWidget* window = scannedMainWindow(application);
+    if (window == nullptr) {
+        return 1;
+    }
+    tidewell::CatalogueView* view = tidewell::catalogueViewOf(window);
     save(folder + QStringLiteral("/main-window.png"), *window);
 
     for (const auto& [name, file] : {std::pair{"Chrome", "details-chrome.png"},
