@@ -24,14 +24,18 @@ protected:
         safari = disk.at("Library/Safari/History.db");
         chrome = disk.at("Library/Application Support/Google/Chrome/Default/History");
     }
+
+    // A purger for the word "porn" with no browser running, bounded by whatever grant `granted` gives.
+    RealTimePurger purgerWithin(std::function<std::optional<FolderGrant>()> granted) {
+        return RealTimePurger(disk.disk(), std::move(granted),
+                              std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
+                              [] { return makeAdultWords({"porn"}); });
+    }
 };
 
 TEST_F(RealTimePurgeTest, NothingRunsWithoutAStartedGrant) {
     const LogCapture logs;
-    RealTimePurger ungranted(
-        disk.disk(), []() -> std::optional<FolderGrant> { return std::nullopt; },
-        std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
-        [] { return makeAdultWords({"porn"}); });
+    RealTimePurger ungranted = purgerWithin([]() -> std::optional<FolderGrant> { return std::nullopt; });
     EXPECT_FALSE(ungranted.run());
     EXPECT_TRUE(logs.lines().empty());
     EXPECT_EQ(tableDump(safari, "history_items").size(), 8U);
@@ -40,10 +44,7 @@ TEST_F(RealTimePurgeTest, NothingRunsWithoutAStartedGrant) {
 TEST_F(RealTimePurgeTest, TheStartedGrantIsTheBoundaryOfThePurge) {
     disk.folder("/Users/bob");
     std::optional<FolderGrant> granted = createFolderGrant(disk.at("/Users/bob")).value();
-    RealTimePurger purge(
-        disk.disk(), [&] { return granted; },
-        std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
-        [] { return makeAdultWords({"porn"}); });
+    RealTimePurger purge = purgerWithin([&] { return granted; });
     EXPECT_TRUE(purge.run());
     purge.joinAll();
     EXPECT_EQ(tableDump(safari, "history_items").size(), 8U) << "ann's history lies outside bob's grant";
@@ -58,10 +59,7 @@ TEST_F(RealTimePurgeTest, TheStartedGrantIsTheBoundaryOfThePurge) {
 TEST_F(RealTimePurgeTest, TheHourlyTickPurgesInsideTheGrantOfTheLaunch) {
     storeGrant("/Users/ann");
     const auto application = makeApplication();
-    RealTimePurger purge(
-        disk.disk(), [&] { return application->cleaningGrant(); },
-        std::make_unique<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}}),
-        [] { return makeAdultWords({"porn"}); });
+    RealTimePurger purge = purgerWithin([&] { return application->cleaningGrant(); });
     int runs = 0;
     application->setRealTimePurge([&] {
         ++runs;

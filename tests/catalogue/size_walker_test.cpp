@@ -63,24 +63,25 @@ void growTree(DiskBuilder& d, const std::string& base, std::mt19937& random, int
     }
 }
 
-TEST(FileSize, MeasuresAllocatedSpaceAndNothingForMissingOrEmpty) {
+class FileSize : public ::testing::Test {
+protected:
     TempFolder temp;
-    DiskBuilder d(temp.path());
+    DiskBuilder d{temp.path()};
+    SizeCounter sizes{0};
+};
+
+TEST_F(FileSize, MeasuresAllocatedSpaceAndNothingForMissingOrEmpty) {
     d.file("one-byte", 1).folder("empty");
-    SizeCounter sizes(0);
     EXPECT_EQ(sizes.allocatedSize(d.at("missing")), 0);
     EXPECT_EQ(sizes.allocatedSize(d.at("empty")), 0);
     EXPECT_EQ(sizes.allocatedSize(d.at("one-byte")), allocated(d.at("one-byte")));
     EXPECT_GE(sizes.allocatedSize(d.at("one-byte")), 512) << "allocated, not logical, size";
 }
 
-TEST(FileSize, NeverFollowsLinks) {
-    TempFolder temp;
-    DiskBuilder d(temp.path());
+TEST_F(FileSize, NeverFollowsLinks) {
     d.file("/elsewhere/big", 500000).file("cache/own", 10000);
     d.link("cache/to-folder", temp.path() + "/elsewhere").link("cache/to-file", temp.path() + "/elsewhere/big");
     d.link("linked-cache", d.at("cache"));
-    SizeCounter sizes(0);
     const std::int64_t expected =
         allocated(d.at("cache/own")) + allocated(d.at("cache/to-folder")) + allocated(d.at("cache/to-file"));
     EXPECT_EQ(sizes.allocatedSize(d.at("cache")), expected);
@@ -95,9 +96,7 @@ TEST(FileSize, NeverFollowsLinks) {
     EXPECT_EQ(home.allocatedSize(d.at("cache/../../elsewhere/big")), 0);
 }
 
-TEST(FileSize, DevicesAndPipesCountTheirOwnSpaceWithoutBeingOpened) {
-    TempFolder temp;
-    DiskBuilder d(temp.path());
+TEST_F(FileSize, DevicesAndPipesCountTheirOwnSpaceWithoutBeingOpened) {
     d.file("odd/plain", 3000);
     ASSERT_EQ(::mkfifo(d.at("odd/fifo").c_str(), 0644), 0);
     const int sock = ::socket(AF_UNIX, SOCK_STREAM, 0);
@@ -107,13 +106,11 @@ TEST(FileSize, DevicesAndPipesCountTheirOwnSpaceWithoutBeingOpened) {
     ASSERT_LT(socketPath.size(), sizeof address.sun_path);
     socketPath.copy(address.sun_path, socketPath.size());
     ASSERT_EQ(::bind(sock, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
-    SizeCounter sizes(0);
     EXPECT_EQ(sizes.allocatedSize(d.at("odd")), allocated(d.at("odd/plain")));
     ::close(sock);
 }
 
-TEST(FileSize, WalksTenThousandLevelsWithinAHandfulOfDescriptors) {
-    TempFolder temp;
+TEST_F(FileSize, WalksTenThousandLevelsWithinAHandfulOfDescriptors) {
     const std::string top = temp.path() + "/deep";
     ASSERT_EQ(::mkdir(top.c_str(), 0755), 0);
     constexpr int kDepth = 10000;
@@ -141,9 +138,7 @@ TEST(FileSize, WalksTenThousandLevelsWithinAHandfulOfDescriptors) {
     }
 }
 
-TEST(FileSize, ParallelWalksAndReusedSumsMatchAPlainWalk) {
-    TempFolder temp;
-    DiskBuilder d(temp.path());
+TEST_F(FileSize, ParallelWalksAndReusedSumsMatchAPlainWalk) {
     std::mt19937 random(20261121);
     growTree(d, "Library/Caches", random, 5);
     growTree(d, "Library/Caches/com.apple.Safari", random, 4);
@@ -160,10 +155,8 @@ TEST(FileSize, ParallelWalksAndReusedSumsMatchAPlainWalk) {
     EXPECT_EQ(parallel.measureFolder(d.at("Library/Caches")), expected) << "with the Safari folder's sum reused";
 }
 
-TEST(FileSize, StopsAtTheFirstUnreadableFolderAndKeepsThePartialSum) {
-    TempFolder temp;
+TEST_F(FileSize, StopsAtTheFirstUnreadableFolderAndKeepsThePartialSum) {
     ASSERT_EQ(::chmod(temp.path().c_str(), 0755), 0);
-    DiskBuilder d(temp.path());
     std::mt19937 random(7);
     for (int i = 0; i < 8; ++i) {
         growTree(d, "tree/" + std::string(1, static_cast<char>('a' + i)), random, 2);

@@ -56,6 +56,9 @@ TEST(ItemTableTicks, ASectionsBoxTicksItsItemsExceptOnTheFourthRow) {
     EXPECT_EQ(tickSection(*catalogue, 3, Tick::Off), Tick::Off);
     EXPECT_EQ(sections[3].tick(), Tick::Off);
     EXPECT_EQ(ticks(sections[3]), (Ticks{1, 1})) << "the fourth row never passes its tick down";
+    sections[3].items()[1].setTick(Tick::Off);
+    EXPECT_EQ(tickSection(*catalogue, 3, Tick::On), Tick::On);
+    EXPECT_EQ(ticks(sections[3]), (Ticks{1, 0})) << "ticked again, it passes nothing down either";
     tickSection(*catalogue, 4, Tick::Off);
     EXPECT_EQ(ticks(sections[4]), (Ticks{0, 0}));
     EXPECT_EQ(tickSection(*catalogue, 9, Tick::On), Tick::On) << "a row outside the catalogue changes nothing";

@@ -11,7 +11,6 @@
 #include <iostream>
 #include <mutex>
 #include <random>
-#include <sstream>
 #include <thread>
 
 #include "base/log.hpp"
@@ -30,6 +29,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::Browser;
+using testing::fileBytes;
 using Routine = const HistorySchema*;
 
 // A browser's history layout: the routine that purges it and its two tables.
@@ -58,30 +58,27 @@ std::vector<std::string> manyUrls(std::size_t count) {
     return urls;
 }
 
-std::string fileBytes(const std::string& path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
-}
-
 void writeBytes(const std::string& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+}
+
+// What one statement answers on a connection ("" when it gives no row).
+std::string answerOn(sqlite3* db, const char* sql) {
+    sqlite3_stmt* statement = nullptr;
+    std::string text;
+    if (sqlite3_prepare_v2(db, sql, -1, &statement, nullptr) == SQLITE_OK && sqlite3_step(statement) == SQLITE_ROW) {
+        text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
+    }
+    sqlite3_finalize(statement);
+    return text;
 }
 
 // What one statement of a fresh read-write connection answers (a read-write open rolls back what a killed writer
 // left in a hot journal, as the browser's own next open would).
 std::string answer(const std::string& path, const char* sql) {
     sqlite3* db = nullptr;
-    std::string text = "cannot open";
-    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
-        sqlite3_stmt* statement = nullptr;
-        text = "no answer";
-        if (sqlite3_prepare_v2(db, sql, -1, &statement, nullptr) == SQLITE_OK &&
-            sqlite3_step(statement) == SQLITE_ROW) {
-            text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-        }
-        sqlite3_finalize(statement);
-    }
+    const bool opened = sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK;
+    std::string text = opened ? answerOn(db, sql) : "cannot open";
     sqlite3_close(db);
     return text;
 }
@@ -176,17 +173,6 @@ protected:
         release.give();
         const testing::ChildEnd end = testing::waitForChild(pid);
         return {took, end.exited && end.status == 0, std::move(outcome)};
-    }
-
-    static std::string answerOn(sqlite3* db, const char* sql) {
-        sqlite3_stmt* statement = nullptr;
-        std::string text;
-        if (sqlite3_prepare_v2(db, sql, -1, &statement, nullptr) == SQLITE_OK &&
-            sqlite3_step(statement) == SQLITE_ROW) {
-            text = reinterpret_cast<const char*>(sqlite3_column_text(statement, 0));
-        }
-        sqlite3_finalize(statement);
-        return text;
     }
 
     testing::TempFolder temp;

@@ -3,8 +3,6 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 
 #include "cleaning/history_purge.hpp"
 #include "support/disk_builder.hpp"
@@ -18,6 +16,7 @@ namespace {
 
 namespace fs = std::filesystem;
 using testing::Browser;
+using testing::fileBytes;
 
 using Routine = const HistorySchema*;
 
@@ -26,12 +25,6 @@ void sql(const std::string& path, const std::string& statements) {
     sqlite3_open(path.c_str(), &db);
     ASSERT_EQ(sqlite3_exec(db, statements.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(db);
     sqlite3_close(db);
-}
-
-std::string fileBytes(const std::string& path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
 }
 
 class HistoryPurge : public ::testing::Test {

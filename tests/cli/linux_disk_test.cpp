@@ -11,6 +11,7 @@
 #include "support/fake_running_apps.hpp"
 #include "support/literal_purge.hpp"
 #include "support/sample_disk.hpp"
+#include "support/tool_run.hpp"
 #include "support/tree_checksums.hpp"
 
 namespace tidewell::cli {
@@ -54,11 +55,7 @@ class LinuxDisk : public ::testing::Test {
 protected:
     LinuxDisk() { testing::writeSampleDisk(disk, "ann", linuxLayout()); }
 
-    struct Run {
-        int status;
-        std::string out;
-        std::string err;
-    };
+    using Run = testing::ToolRun;
     Run run(std::vector<std::string> args) {
         args.insert(args.begin(), {"--root", disk, "--user", "ann"});
         std::ostringstream out;

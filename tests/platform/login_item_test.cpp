@@ -2,24 +2,17 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
-#include <fstream>
 #include <sstream>
 
 #include "platform/login_item.hpp"
 #include "support/disk_builder.hpp"
+#include "support/literal_purge.hpp"
 #include "support/unprivileged.hpp"
 
 namespace tidewell {
 namespace {
 
 using testing::TempFolder;
-
-std::string readFile(const std::string& path) {
-    std::ifstream in(path);
-    std::ostringstream text;
-    text << in.rdbuf();
-    return text.str();
-}
 
 std::string execLine(const std::string& entry) {
     std::istringstream lines(entry);
@@ -50,9 +43,9 @@ TEST(LoginItemTest, OnWritesTheEntryAndOffRemovesIt) {
     const std::string entry = place.autostartFolder + "/tidewell.desktop";
 
     ASSERT_TRUE(setLoginItemEnabled(place, true)) << "the autostart folder is made when missing";
-    EXPECT_EQ(readFile(entry), loginItemEntry("/usr/bin/tidewell"));
+    EXPECT_EQ(testing::fileBytes(entry), loginItemEntry("/usr/bin/tidewell"));
     ASSERT_TRUE(setLoginItemEnabled({place.autostartFolder, "/opt/tidewell"}, true)) << "replaced whole";
-    EXPECT_EQ(readFile(entry), loginItemEntry("/opt/tidewell"));
+    EXPECT_EQ(testing::fileBytes(entry), loginItemEntry("/opt/tidewell"));
     struct stat info {};
     ASSERT_EQ(::stat(entry.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0644U);

@@ -81,12 +81,16 @@ std::map<std::string, std::string> treeContents(const std::string& root) {
         } else if (it->is_directory()) {
             contents[relative] = "folder";
         } else {
-            std::ostringstream bytes;
-            bytes << std::ifstream(path, std::ios::binary).rdbuf();
-            contents[relative] = "file:" + bytes.str();
+            contents[relative] = "file:" + fileBytes(path);
         }
     }
     return contents;
+}
+
+std::string fileBytes(const std::string& path) {
+    std::ostringstream bytes;
+    bytes << std::ifstream(path, std::ios::binary).rdbuf();
+    return bytes.str();
 }
 
 } // namespace tidewell::testing

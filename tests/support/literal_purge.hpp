@@ -20,4 +20,7 @@ void literalPurge(const std::string& databasePath, const std::string& table, con
 /// its kind and contents (a file's bytes, a link's target). Links are not followed.
 [[nodiscard]] std::map<std::string, std::string> treeContents(const std::string& root);
 
+/// A file's bytes, read through links (empty when it cannot be read).
+[[nodiscard]] std::string fileBytes(const std::string& path);
+
 } // namespace tidewell::testing
