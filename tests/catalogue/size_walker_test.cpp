@@ -133,8 +133,8 @@ TEST_F(FileSize, WalksTenThousandLevelsWithinAHandfulOfDescriptors) {
     const testing::DescriptorLimit limit(256);
     ASSERT_TRUE(limit.lowered());
     for (const unsigned workers : {0U, 2U}) {
-        SizeCounter sizes(workers);
-        EXPECT_EQ(sizes.measureFolder(top), (TreeSum{fileBytes, false})) << workers;
+        SizeCounter counter(workers);
+        EXPECT_EQ(counter.measureFolder(top), (TreeSum{fileBytes, false})) << workers;
     }
 }
 
