@@ -32,6 +32,8 @@ const char* reasonText(LeftReason reason) {
         return "another program is reading the database, so the removed visits stay in its files until it stops";
     case LeftReason::CannotOpen:
         return "the database cannot be opened";
+    case LeftReason::UntickedInside:
+        return "an unticked item keeps it or something inside it";
     }
     return "";
 }
@@ -44,6 +46,14 @@ void CleanOutcome::add(CleanOutcome other) {
     purged.insert(purged.end(), std::make_move_iterator(other.purged.begin()),
                   std::make_move_iterator(other.purged.end()));
     left.insert(left.end(), std::make_move_iterator(other.left.begin()), std::make_move_iterator(other.left.end()));
+}
+
+std::uint64_t CleanOutcome::bytesFreed() const {
+    std::uint64_t bytes = 0;
+    for (const RemovedLocation& location : removed) {
+        bytes += location.bytes;
+    }
+    return bytes;
 }
 
 std::string describe(const LeftAsItWas& left) {

@@ -19,6 +19,7 @@ enum class LeftReason {
     ReadOnly,         // the database cannot be written
     StillReadable,    // purged, but another program's open snapshot keeps the removed visits in its files
     CannotOpen,       // the database cannot be opened for another reason
+    UntickedInside,   // an unticked item names it, or something inside it, so that much of it stays
 };
 
 /// One location or database left as it was, and why.
@@ -28,6 +29,14 @@ struct LeftAsItWas {
     std::string detail; // what is known beyond the reason ("History-journal has 2 links", SQLite's message)
 
     friend bool operator==(const LeftAsItWas&, const LeftAsItWas&) = default;
+};
+
+/// A location that a clean removed, and the bytes on disk it held.
+struct RemovedLocation {
+    std::string location; // the path as the catalogue gives it
+    std::uint64_t bytes = 0;
+
+    friend bool operator==(const RemovedLocation&, const RemovedLocation&) = default;
 };
 
 /// A history database whose purge was committed, and how many rows it removed.
@@ -41,12 +50,14 @@ struct PurgedDatabase {
 /// What a clean did: the locations it removed, the databases it purged, and everything ticked that it left as it
 /// was, with the reason. Locations that were already gone are in none of the lists.
 struct CleanOutcome {
-    std::vector<std::string> removed;
+    std::vector<RemovedLocation> removed;
     std::vector<PurgedDatabase> purged;
     std::vector<LeftAsItWas> left;
 
     /// Appends another outcome's lists to these.
     void add(CleanOutcome other);
+    /// The bytes on disk the removed locations held, together.
+    [[nodiscard]] std::uint64_t bytesFreed() const;
     /// Whether anything ticked was left as it was.
     [[nodiscard]] bool leftAnything() const { return !left.empty(); }
 };

@@ -190,7 +190,7 @@ void removeInto(CleanOutcome& outcome, const DeletionBoundary& boundary, const F
     if (removal.left) {
         outcome.left.push_back({location.path, *removal.left, {}});
     } else if (removal.removed) {
-        outcome.removed.push_back(location.path);
+        outcome.removed.push_back({location.path, 0}); // the bytes are not counted yet
     }
 }
 
