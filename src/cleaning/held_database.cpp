@@ -209,6 +209,50 @@ const char* heldFolderVfs() {
     return kVfsName;
 }
 
+// Refuses a database that is not a regular file with one link, or whose journal, log or shared memory beside it is
+// not, before SQLite makes or writes any of them. (SQLite's own open of each checks again, on the very descriptor.)
+// Missing: `missing` set.
+std::optional<DatabaseFailure> refusedInFolder(int folderFd, const std::string& entry) {
+    if (!isSingleComponent(entry)) {
+        return DatabaseFailure{LeftReason::CannotOpen, "not a file name", false};
+    }
+    struct stat st {};
+    if (::fstatat(folderFd, entry.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
+        if (errno == ENOENT) {
+            return DatabaseFailure{LeftReason::CannotOpen, {}, true};
+        }
+        return DatabaseFailure{LeftReason::CannotOpen, std::strerror(errno), false};
+    }
+    if (std::optional<std::string> refused = notPlainFile(entry, st)) {
+        return DatabaseFailure{LeftReason::NotPlainFile, std::move(*refused), false};
+    }
+    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+        const std::string beside = entry + suffix;
+        if (::fstatat(folderFd, beside.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
+            if (std::optional<std::string> refused = notPlainFile(beside, st)) {
+                return DatabaseFailure{LeftReason::NotPlainFile, std::move(*refused), false};
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+// A URI for SQLite of a name in a held folder: every byte beyond the unreserved ones is percent-encoded, and the
+// database is opened for reading and writing, never made.
+std::string writableUri(const std::string& heldName) {
+    std::string uri = "file:";
+    for (const char c : heldName) {
+        const auto byte = static_cast<unsigned char>(c);
+        if ((byte >= 'a' && byte <= 'z') || (byte >= 'A' && byte <= 'Z') || (byte >= '0' && byte <= '9') || c == '/' ||
+            c == '-' || c == '.' || c == '_' || c == '~') {
+            uri += c;
+        } else {
+            uri += fmt::format("%{:02X}", byte);
+        }
+    }
+    return uri + "?mode=rw";
+}
+
 } // namespace
 
 HeldDatabase::Registration::Registration(int folderFd) : m_folderFd(folderFd) {
@@ -221,29 +265,8 @@ HeldDatabase::Registration::~Registration() {
 
 std::expected<HeldDatabase, DatabaseFailure> HeldDatabase::open(int folderFd, std::string_view name) {
     const std::string entry(name);
-    if (!isSingleComponent(entry)) {
-        return std::unexpected(DatabaseFailure{LeftReason::CannotOpen, "not a file name", false});
-    }
-    struct stat st {};
-    if (::fstatat(folderFd, entry.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0) {
-        if (errno == ENOENT) {
-            return std::unexpected(DatabaseFailure{LeftReason::CannotOpen, {}, true});
-        }
-        return std::unexpected(DatabaseFailure{LeftReason::CannotOpen, std::strerror(errno), false});
-    }
-    if (std::optional<std::string> refused = notPlainFile(entry, st)) {
-        return std::unexpected(DatabaseFailure{LeftReason::NotPlainFile, std::move(*refused), false});
-    }
-    // The files SQLite keeps beside a database are looked at before it makes any of them, so a database whose
-    // journal, log or shared memory is not a plain file is refused before anything is written. (The open itself
-    // checks each again, on the very descriptor.)
-    for (const char* suffix : {"-journal", "-wal", "-shm"}) {
-        const std::string beside = entry + suffix;
-        if (::fstatat(folderFd, beside.c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0) {
-            if (std::optional<std::string> refused = notPlainFile(beside, st)) {
-                return std::unexpected(DatabaseFailure{LeftReason::NotPlainFile, std::move(*refused), false});
-            }
-        }
+    if (std::optional<DatabaseFailure> refused = refusedInFolder(folderFd, entry)) {
+        return std::unexpected(std::move(*refused));
     }
     HeldDatabase held;
     held.m_folder = UniqueFd(::fcntl(folderFd, F_DUPFD_CLOEXEC, 3));
@@ -254,12 +277,44 @@ std::expected<HeldDatabase, DatabaseFailure> HeldDatabase::open(int folderFd, st
     const std::string heldName = fmt::format("{}{}/{}", kFolderPrefix, held.m_folder.get(), entry);
     t_refused.clear();
     sqlite3* db = nullptr;
-    const int rc = sqlite3_open_v2(heldName.c_str(), &db, SQLITE_OPEN_READWRITE, heldFolderVfs());
+    // URI names are understood for the databases attached later; this name is a plain one (it starts with "/").
+    const int rc = sqlite3_open_v2(heldName.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, heldFolderVfs());
     held.m_db.reset(db);
     if (rc != SQLITE_OK) {
         return std::unexpected(held.failure(rc));
     }
     return held;
+}
+
+std::expected<bool, DatabaseFailure> HeldDatabase::attach(std::string_view name, std::string_view as) const {
+    const std::string entry(name);
+    if (std::optional<DatabaseFailure> refused = refusedInFolder(m_folder.get(), entry)) {
+        if (refused->missing) {
+            return false;
+        }
+        return std::unexpected(std::move(*refused));
+    }
+    sqlite3_stmt* raw = nullptr;
+    const std::string sql = fmt::format("ATTACH ?1 AS {}", as);
+    int rc = sqlite3_prepare_v2(m_db.get(), sql.c_str(), -1, &raw, nullptr);
+    const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> attaching(raw, &sqlite3_finalize);
+    if (rc == SQLITE_OK) {
+        const std::string uri = writableUri(fmt::format("{}{}/{}", kFolderPrefix, m_folder.get(), entry));
+        t_refused.clear();
+        sqlite3_bind_text(raw, 1, uri.c_str(), -1, SQLITE_TRANSIENT);
+        rc = sqlite3_step(raw);
+    }
+    if (rc != SQLITE_DONE) {
+        DatabaseFailure failed = failure(rc);
+        // The database vanished between the look and the open: there is nothing to attach.
+        failed.missing = (rc & 0xFF) == SQLITE_CANTOPEN &&
+                         ::faccessat(m_folder.get(), entry.c_str(), F_OK, AT_SYMLINK_NOFOLLOW) != 0 && errno == ENOENT;
+        if (failed.missing) {
+            return false;
+        }
+        return std::unexpected(std::move(failed));
+    }
+    return true;
 }
 
 DatabaseFailure HeldDatabase::failure(int resultCode) const {

@@ -39,6 +39,12 @@ public:
 
     [[nodiscard]] sqlite3* get() const { return m_db.get(); }
 
+    /// Attaches the database `name` of the same held folder under `as` (a plain SQL name), with the same checks as
+    /// open: never created, and refused unless it and every journal beside it is a regular file with one link.
+    /// Returns false, attaching nothing, when the database is not there. Call it outside a transaction; a write
+    /// transaction begun afterwards covers both databases, and a commit makes both changes or neither.
+    [[nodiscard]] std::expected<bool, DatabaseFailure> attach(std::string_view name, std::string_view as) const;
+
     /// What a failed SQLite call on this connection came to: a file refused under the held folder (NotPlainFile,
     /// naming it), or the reason SQLite's result code stands for (busy: Locked; damaged or not a database:
     /// Damaged; read-only: ReadOnly), with SQLite's message.

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 
 #include "base/file_url.hpp"
 #include "cleaning/adult_words.hpp"
@@ -30,10 +31,13 @@ struct PurgeContext {
 //   matches nothing; a URL is its text (a number as its text, a BLOB as its bytes where this SQLite's LIKE reads
 //   them) up to its first NUL byte, and a NULL URL never matches;
 // - a row is named by its 64-bit row id, so it is that row and no other that goes;
-// - only that one table changes.
-// The deletions of one database are one transaction with secure deletion on; a rollback journal is removed at the
-// commit, and a database in WAL mode is checkpointed and its log truncated afterwards, so no removed URL can be
-// read back from its files.
+// - with each page goes every row that refers to it (its visits, search terms, annotations, most-visited entries;
+//   see removeVisitedPages), and in the favicon database beside (schema.iconDatabase) the page's icon mapping (see
+//   removePageIcons); nothing else changes.
+// The deletions of one database, and of its favicon database, are one transaction with secure deletion on; a
+// rollback journal is removed at the commit, and a database in WAL mode is checkpointed and its log truncated
+// afterwards, so no removed URL or title can be read back from their files. A favicon database that cannot be used
+// (see below) is left as it was and named in the outcome, and the history is purged all the same.
 //
 // The database is reached below the boundary through its held folder (see HeldDatabase): never outside it, never
 // through a link, never created, and only while it and every journal beside it is a regular file with one link.
@@ -47,11 +51,28 @@ struct PurgeContext {
 // "Safari Deleted", "Chrome Deleted", and for Firefox "Chrome Deleted" from the window and "Firefox Deleted" from
 // the hourly purge. A purge that left its database as it was logs nothing of the kind: the outcome says why
 // instead. With schema.sessionFiles (Chrome), "Current Session" and "Current Tabs" beside the database are removed
-// afterwards, whether or not a row matched (also when the database is missing), through the same boundary as every
-// removal, as long as the database's folder was reached and the database could be opened or was missing.
+// afterwards, whether or not a row matched, through the same boundary as every removal, when the purge was
+// committed or the database is missing from its folder; a database left as it was keeps them.
 
 /// How long a purge waits for a browser's lock on its history database before it leaves the database alone.
 inline constexpr std::chrono::milliseconds kHistoryBusyTimeout{1500};
+
+/// The memory a purge's connection is given, from the size of the history database. Reads go through a memory map
+/// of the file, so each page is read from it once and none is copied for reading; the page cache holds the pages
+/// the purge changes (with secure deletion, most pages of a large history), so each is written once, at the commit,
+/// rather than spilled to the file halfway and written again. Each is as large as the database, within its bound.
+struct PurgeMemory {
+    std::int64_t pageCacheBytes = 0;
+    std::int64_t mmapBytes = 0;
+};
+/// The page cache is never smaller than SQLite's own default, nor larger than this.
+inline constexpr std::int64_t kPurgePageCacheLeast = std::int64_t{2} << 20;
+inline constexpr std::int64_t kPurgePageCacheBound = std::int64_t{512} << 20;
+/// The memory map covers no more of the database than this (it takes address space, not memory: the pages are the
+/// system's file cache).
+inline constexpr std::int64_t kPurgeMmapBound = std::int64_t{2} << 30;
+
+[[nodiscard]] PurgeMemory purgeMemoryFor(std::uint64_t databaseBytes);
 
 CleanOutcome purgeHistory(const HistorySchema& schema, const FileUrl& database, const PurgeContext& context);
 

@@ -189,20 +189,23 @@ const Layout kSafariHistory{
          "history_items.id history_items.url", Tally::RemovedRows, "history_items"},
     }};
 
+// The favicon databases may be attached to the history database's connection: "{db}" is replaced by the name the
+// favicon database has there, so that a table of the same name elsewhere is never touched.
+
 // An icon goes once no page is mapped to it, as the browser lets it go.
 const Layout kChromeIcons{
     {"tidewell_urls(url TEXT PRIMARY KEY)", "tidewell_icons(id INTEGER PRIMARY KEY)"},
     {
-        {"INSERT OR IGNORE INTO temp.tidewell_icons SELECT icon_id FROM icon_mapping "
+        {"INSERT OR IGNORE INTO temp.tidewell_icons SELECT icon_id FROM {db}.icon_mapping "
          "WHERE page_url IN (SELECT url FROM temp.tidewell_urls) AND icon_id IS NOT NULL",
          "icon_mapping.page_url icon_mapping.icon_id"},
-        {"DELETE FROM icon_mapping WHERE page_url IN (SELECT url FROM temp.tidewell_urls)", "icon_mapping.page_url",
-         Tally::RemovedRows, "icon_mapping"},
-        {"DELETE FROM favicon_bitmaps WHERE icon_id IN (SELECT id FROM temp.tidewell_icons "
-         "WHERE NOT EXISTS (SELECT 1 FROM icon_mapping WHERE icon_mapping.icon_id = tidewell_icons.id))",
+        {"DELETE FROM {db}.icon_mapping WHERE page_url IN (SELECT url FROM temp.tidewell_urls)",
+         "icon_mapping.page_url", Tally::RemovedRows, "icon_mapping"},
+        {"DELETE FROM {db}.favicon_bitmaps WHERE icon_id IN (SELECT id FROM temp.tidewell_icons "
+         "WHERE NOT EXISTS (SELECT 1 FROM {db}.icon_mapping WHERE icon_mapping.icon_id = tidewell_icons.id))",
          "favicon_bitmaps.icon_id icon_mapping.icon_id", Tally::RemovedRows, "favicon_bitmaps"},
-        {"DELETE FROM favicons WHERE id IN (SELECT id FROM temp.tidewell_icons) "
-         "AND NOT EXISTS (SELECT 1 FROM icon_mapping WHERE icon_mapping.icon_id = favicons.id)",
+        {"DELETE FROM {db}.favicons WHERE id IN (SELECT id FROM temp.tidewell_icons) "
+         "AND NOT EXISTS (SELECT 1 FROM {db}.icon_mapping WHERE icon_mapping.icon_id = favicons.id)",
          "favicons.id icon_mapping.icon_id", Tally::RemovedRows, "favicons"},
     }};
 
@@ -212,20 +215,20 @@ const Layout kFirefoxIcons{
     {
         // The browser indexes pages by a hash of the address only: the pages are read once, each address looked up
         // among the removed ones.
-        {"INSERT INTO temp.tidewell_pages SELECT id FROM moz_pages_w_icons "
+        {"INSERT INTO temp.tidewell_pages SELECT id FROM {db}.moz_pages_w_icons "
          "WHERE page_url IN (SELECT url FROM temp.tidewell_urls)",
          "moz_pages_w_icons.id moz_pages_w_icons.page_url"},
-        {"INSERT OR IGNORE INTO temp.tidewell_icons SELECT icon_id FROM moz_icons_to_pages "
+        {"INSERT OR IGNORE INTO temp.tidewell_icons SELECT icon_id FROM {db}.moz_icons_to_pages "
          "WHERE page_id IN (SELECT id FROM temp.tidewell_pages)",
          "moz_icons_to_pages.page_id moz_icons_to_pages.icon_id"},
-        {"DELETE FROM moz_icons_to_pages WHERE page_id IN (SELECT id FROM temp.tidewell_pages)",
+        {"DELETE FROM {db}.moz_icons_to_pages WHERE page_id IN (SELECT id FROM temp.tidewell_pages)",
          "moz_icons_to_pages.page_id", Tally::RemovedRows, "moz_icons_to_pages"},
-        {"DELETE FROM moz_pages_w_icons WHERE id IN (SELECT id FROM temp.tidewell_pages)", "moz_pages_w_icons.id",
+        {"DELETE FROM {db}.moz_pages_w_icons WHERE id IN (SELECT id FROM temp.tidewell_pages)", "moz_pages_w_icons.id",
          Tally::RemovedRows, "moz_pages_w_icons"},
         // No index on the icon's side of the mapping: it is read once, and only when an icon may have lost its
         // last page. A root icon (the site's /favicon.ico) belongs to the site and stays.
-        {"DELETE FROM moz_icons WHERE id IN (SELECT id FROM temp.tidewell_icons) AND root = 0 "
-         "AND id NOT IN (SELECT icon_id FROM moz_icons_to_pages)",
+        {"DELETE FROM {db}.moz_icons WHERE id IN (SELECT id FROM temp.tidewell_icons) AND root = 0 "
+         "AND id NOT IN (SELECT icon_id FROM {db}.moz_icons_to_pages)",
          "moz_icons.id moz_icons.root moz_icons_to_pages.icon_id", Tally::RemovedRows, "moz_icons"},
     }};
 
@@ -256,10 +259,10 @@ std::expected<void, std::string> run(sqlite3* db, const std::string& sql) {
     return {};
 }
 
-// The columns of the database's own tables, read once per table.
+// The columns of one database's own tables ("main", or the name it is attached under), read once per table.
 class SchemaColumns {
 public:
-    explicit SchemaColumns(sqlite3* db) : m_db(db) {}
+    SchemaColumns(sqlite3* db, std::string_view database) : m_db(db), m_database(database) {}
 
     bool has(const std::string& table, const std::string& column) {
         auto found = m_columns.find(table);
@@ -287,13 +290,13 @@ private:
         std::set<std::string> columns;
         // Only the database's own schema: a TEMP table of the same name must not stand in for the browser's.
         sqlite3_stmt* raw = nullptr;
-        if (sqlite3_prepare_v2(m_db, "SELECT name FROM pragma_table_info(?1, 'main')", -1, &raw, nullptr) !=
-            SQLITE_OK) {
+        if (sqlite3_prepare_v2(m_db, "SELECT name FROM pragma_table_info(?1, ?2)", -1, &raw, nullptr) != SQLITE_OK) {
             sqlite3_finalize(raw);
             return columns;
         }
         const Statement info(raw);
         sqlite3_bind_text(raw, 1, table.c_str(), -1, SQLITE_TRANSIENT);
+        sqlite3_bind_text(raw, 2, m_database.c_str(), -1, SQLITE_TRANSIENT);
         while (sqlite3_step(raw) == SQLITE_ROW) {
             columns.emplace(reinterpret_cast<const char*>(sqlite3_column_text(raw, 0)));
         }
@@ -301,6 +304,7 @@ private:
     }
 
     sqlite3* m_db;
+    std::string m_database;
     std::map<std::string, std::set<std::string>, std::less<>> m_columns;
 };
 
@@ -352,8 +356,26 @@ void addRemoved(TraceRemoval& removal, const char* table, std::int64_t rows) {
     }
 }
 
-std::expected<void, std::string> runStep(sqlite3* db, const Step& step, TraceRemoval& removal) {
-    auto statement = prepare(db, step.sql);
+// A step's statement for the database it works on: "{db}" is that database's name.
+std::string statementFor(const Step& step, std::string_view database) {
+    std::string sql = step.sql;
+    for (std::size_t at = 0; (at = sql.find("{db}", at)) != std::string::npos; at += database.size()) {
+        sql.replace(at, 4, database);
+    }
+    return sql;
+}
+
+// A name a database may be attached under: plain letters, digits and underscores, so it is one SQL word.
+bool isPlainDatabaseName(std::string_view name) {
+    return !name.empty() && std::ranges::all_of(name, [](char c) {
+        return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '_';
+    });
+}
+
+std::expected<void, std::string> runStep(sqlite3* db, const Step& step, std::string_view database,
+                                         TraceRemoval& removal) {
+    const std::string sql = statementFor(step, database);
+    auto statement = prepare(db, sql);
     if (!statement) {
         return std::unexpected(statement.error());
     }
@@ -366,7 +388,7 @@ std::expected<void, std::string> runStep(sqlite3* db, const Step& step, TraceRem
         }
     }
     if (rc != SQLITE_DONE) {
-        return failure(db, step.sql);
+        return failure(db, sql);
     }
     const std::int64_t changed = sqlite3_changes64(db);
     if (step.tally == Tally::RemovedRows) {
@@ -379,10 +401,13 @@ std::expected<void, std::string> runStep(sqlite3* db, const Step& step, TraceRem
 
 // Fills the scratch table `into` with the values given, one bound insert each, then runs the layout's steps.
 template <typename Value, typename Bind>
-std::expected<TraceRemoval, std::string> removeWith(sqlite3* db, const Layout& layout, const char* into,
-                                                    std::span<const Value> values, Bind bind) {
+std::expected<TraceRemoval, std::string> removeWith(sqlite3* db, std::string_view database, const Layout& layout,
+                                                    const char* into, std::span<const Value> values, Bind bind) {
     if (sqlite3_get_autocommit(db) != 0) {
         return std::unexpected(std::string("not inside a transaction: the removal must be one with the purge's"));
+    }
+    if (!isPlainDatabaseName(database)) {
+        return std::unexpected(fmt::format("'{}' is not a name a database is attached under", database));
     }
     TraceRemoval removal;
     if (layout.steps.empty()) {
@@ -403,12 +428,12 @@ std::expected<TraceRemoval, std::string> removeWith(sqlite3* db, const Layout& l
         }
         sqlite3_reset(insert->get());
     }
-    SchemaColumns schema(db);
+    SchemaColumns schema(db, database);
     for (const Step& step : layout.steps) {
         if (!schema.hasAll(step.needs)) {
             continue; // this version of the browser keeps no such table or column
         }
-        if (auto ran = runStep(db, step, removal); !ran) {
+        if (auto ran = runStep(db, step, database, removal); !ran) {
             return std::unexpected(ran.error());
         }
     }
@@ -453,13 +478,13 @@ std::int64_t TraceRemoval::total() const {
 
 std::expected<TraceRemoval, std::string> removeVisitedPages(sqlite3* db, HistoryLayout layout,
                                                             std::span<const std::int64_t> urlIds) {
-    return removeWith(db, historyLayout(layout), "tidewell_matched", urlIds,
+    return removeWith(db, "main", historyLayout(layout), "tidewell_matched", urlIds,
                       [](sqlite3_stmt* insert, std::int64_t id) { sqlite3_bind_int64(insert, 1, id); });
 }
 
-std::expected<TraceRemoval, std::string> removePageIcons(sqlite3* db, HistoryLayout layout,
-                                                         std::span<const std::string> pageUrls) {
-    return removeWith(db, iconLayout(layout), "tidewell_urls", pageUrls,
+std::expected<TraceRemoval, std::string>
+removePageIcons(sqlite3* db, HistoryLayout layout, std::span<const std::string> pageUrls, std::string_view database) {
+    return removeWith(db, database, iconLayout(layout), "tidewell_urls", pageUrls,
                       [](sqlite3_stmt* insert, const std::string& url) {
                           sqlite3_bind_text(insert, 1, url.data(), static_cast<int>(url.size()), SQLITE_STATIC);
                       });

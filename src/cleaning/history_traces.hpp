@@ -74,8 +74,11 @@ struct TraceRemoval {
 ///   `moz_icons` left unmapped, except a site's root icon, which belongs to the site rather than to a page.
 /// - Safari: nothing (its icons are not kept in such a database).
 /// The addresses are compared exactly, byte for byte. Same transaction, error and TEMP table rules as
-/// removeVisitedPages; give it the removedUrls of the history database's removal.
+/// removeVisitedPages; give it the removedUrls of the history database's removal. `database` is the favicon
+/// database's name on the connection: "main" when it was opened itself, or the name it is attached under beside
+/// the history database (letters, digits and underscores), so that both change in one transaction.
 [[nodiscard]] std::expected<TraceRemoval, std::string> removePageIcons(sqlite3* db, HistoryLayout layout,
-                                                                       std::span<const std::string> pageUrls);
+                                                                       std::span<const std::string> pageUrls,
+                                                                       std::string_view database = "main");
 
 } // namespace tidewell

@@ -8,9 +8,19 @@
 namespace tidewell {
 
 /// The history of Chrome's family. It keeps its open tabs beside the history database.
-inline constexpr HistorySchema kChromeFamilyHistory{"urls", "Chrome Deleted", "Chrome Deleted", true};
+inline constexpr HistorySchema kChromeFamilyHistory{.table = "urls",
+                                                    .logFromWindow = "Chrome Deleted",
+                                                    .logFromHourlyPurge = "Chrome Deleted",
+                                                    .sessionFiles = true,
+                                                    .format = BrowserFamily::Chrome,
+                                                    .iconDatabase = "Favicons"};
 /// Firefox's history. The window's Firefox purge has always logged Chrome's text.
-inline constexpr HistorySchema kFirefoxHistory{"moz_places", "Chrome Deleted", "Firefox Deleted", false};
+inline constexpr HistorySchema kFirefoxHistory{.table = "moz_places",
+                                               .logFromWindow = "Chrome Deleted",
+                                               .logFromHourlyPurge = "Firefox Deleted",
+                                               .sessionFiles = false,
+                                               .format = BrowserFamily::Firefox,
+                                               .iconDatabase = "favicons.sqlite"};
 
 // The items of the browsers whose files are the same on every layout: a profile folder of Chrome's family or of
 // Firefox holds the same names wherever the profile lies.

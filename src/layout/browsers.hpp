@@ -35,6 +35,11 @@ struct HistorySchema {
     std::string_view logFromHourlyPurge;
     /// "Current Session" and "Current Tabs" beside the database go with each purge.
     bool sessionFiles = false;
+    /// Whose format the database has: what refers to a removed page, and goes with it.
+    BrowserFamily format = BrowserFamily::Safari;
+    /// The favicon database beside the history database, whose mappings of removed pages go with them ("" for
+    /// none).
+    std::string_view iconDatabase = {};
 };
 
 /// One row of a layout's browser table: everything Tidewell knows of a browser, for its section, its Adult History

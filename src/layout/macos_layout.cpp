@@ -8,7 +8,11 @@ namespace {
 // The paths below are where each program keeps its traces on a macOS disk. Current Safari keeps part of them in
 // its container, beside the old places.
 
-constexpr HistorySchema kSafariHistory{"history_items", "Safari Deleted", "Safari Deleted", false};
+constexpr HistorySchema kSafariHistory{.table = "history_items",
+                                       .logFromWindow = "Safari Deleted",
+                                       .logFromHourlyPurge = "Safari Deleted",
+                                       .sessionFiles = false,
+                                       .format = BrowserFamily::Safari};
 
 } // namespace
 

@@ -3,6 +3,8 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <functional>
+#include <optional>
 
 #include "cleaning/history_purge.hpp"
 #include "support/disk_builder.hpp"
@@ -40,7 +42,8 @@ protected:
     testing::LogCapture logs;
 };
 
-TEST_F(HistoryPurge, EachRoutineEmptiesOnlyItsOwnTableOfMatchingUrlsAndLogsItsText) {
+// Each routine removes its matching pages and, with them, their visits (one each here), and logs its own text.
+TEST_F(HistoryPurge, EachRoutineRemovesItsMatchingPagesWithTheirVisitsAndLogsItsText) {
     struct Case {
         Routine routine;
         Browser browser;
@@ -61,10 +64,11 @@ TEST_F(HistoryPurge, EachRoutineEmptiesOnlyItsOwnTableOfMatchingUrlsAndLogsItsTe
     for (const Case& c : cases) {
         const std::string path = d.at(std::string("History/") + c.table + std::to_string(static_cast<int>(c.mode)));
         testing::writeHistoryDatabase(path, c.browser, testing::sampleHistoryUrls());
-        const std::size_t visits = testing::tableDump(path, c.otherTable).size();
-        purge(c.routine, path, {"porn", "SEXCAM", "xxx"}, c.mode);
+        ASSERT_EQ(testing::tableDump(path, c.otherTable).size(), 8U);
+        const CleanOutcome outcome = purge(c.routine, path, {"porn", "SEXCAM", "xxx"}, c.mode);
         EXPECT_EQ(testing::tableDump(path, c.table).size(), 5U) << c.table;
-        EXPECT_EQ(testing::tableDump(path, c.otherTable).size(), visits) << c.otherTable;
+        EXPECT_EQ(testing::tableDump(path, c.otherTable).size(), 5U) << c.otherTable;
+        EXPECT_EQ(outcome.purged, (std::vector<PurgedDatabase>{{path, 3}}));
         EXPECT_EQ(logs.lines().back(), c.log);
     }
 }
@@ -121,7 +125,9 @@ TEST_F(HistoryPurge, WordsMatchAsLiteralTextNeverAsSql) {
     }
 }
 
-TEST_F(HistoryPurge, ChromeSessionFilesGoWhetherOrNotARowMatchedAndAMissingDatabaseIsNotMade) {
+// The open tabs go with every purge that was committed, or had no database to purge, and stay with a history left
+// as it was.
+TEST_F(HistoryPurge, ChromeSessionFilesGoWithEachCommittedPurgeAndAMissingDatabaseIsNotMade) {
     const std::string profile = "Library/Application Support/Google/Chrome/Default/";
     testing::writeHistoryDatabase(d.at(profile + "History"), Browser::Chrome, {"https://news.example/"});
     d.text(profile + "Current Session", "s").text(profile + "Current Tabs", "t");
@@ -140,6 +146,53 @@ TEST_F(HistoryPurge, ChromeSessionFilesGoWhetherOrNotARowMatchedAndAMissingDatab
     // No folder either: nothing to open, nothing logged.
     purge(testing::chromeHistory(), d.at("Nowhere/History"), {"porn"});
     EXPECT_EQ(logs.lines().size(), 2U);
+
+    // A history that is no database is left as it was, and so are the tabs beside it.
+    d.text("Damaged/History", std::string(4096, 'x')).text("Damaged/Current Session", "s");
+    d.text("Damaged/Current Tabs", "t");
+    const CleanOutcome left = purge(testing::chromeHistory(), d.at("Damaged/History"), {"porn"});
+    ASSERT_EQ(left.left.size(), 1U);
+    EXPECT_EQ(left.left.front().reason, LeftReason::Damaged);
+    EXPECT_TRUE(fs::exists(d.at("Damaged/Current Session")));
+    EXPECT_TRUE(fs::exists(d.at("Damaged/Current Tabs")));
+    EXPECT_EQ(logs.lines().size(), 2U);
+}
+
+// A favicon database that cannot be used is named with its reason and left as it was; the history beside it is
+// purged all the same, and one that is missing is not made.
+TEST_F(HistoryPurge, AFaviconDatabaseThatCannotBeUsedIsLeftAndTheHistoryIsStillPurged) {
+    d.text("/Elsewhere/Favicons", "");
+    const auto outside = testing::treeContents(d.at("/Elsewhere"));
+    struct Case {
+        std::string folder;
+        std::function<void(const std::string&)> favicons;
+        std::optional<LeftReason> reason;
+    };
+    const std::vector<Case> cases{
+        {"Missing", [](const std::string&) {}, std::nullopt},
+        {"Linked", [&](const std::string& name) { fs::create_symlink(d.at("/Elsewhere/Favicons"), d.at(name)); },
+         LeftReason::NotPlainFile},
+        {"Hard", [&](const std::string& name) { fs::create_hard_link(d.at("/Elsewhere/Favicons"), d.at(name)); },
+         LeftReason::NotPlainFile},
+        {"Damaged", [&](const std::string& name) { d.text(name, std::string(4096, 'x')); }, LeftReason::Damaged},
+    };
+    for (const Case& c : cases) {
+        const std::string history = d.at(c.folder + "/History");
+        testing::writeHistoryDatabase(history, Browser::Chrome, testing::sampleHistoryUrls());
+        c.favicons(c.folder + "/Favicons");
+        const CleanOutcome outcome = purge(testing::chromeHistory(), history, {"porn"});
+        ASSERT_EQ(outcome.purged.size(), 1U) << c.folder;
+        EXPECT_GT(outcome.purged.front().rowsRemoved, 0) << c.folder;
+        if (c.reason) {
+            ASSERT_EQ(outcome.left.size(), 1U) << c.folder;
+            EXPECT_EQ(outcome.left.front().location, d.at(c.folder + "/Favicons"));
+            EXPECT_EQ(outcome.left.front().reason, *c.reason) << outcome.left.front().detail;
+        } else {
+            EXPECT_TRUE(outcome.left.empty()) << c.folder;
+            EXPECT_FALSE(fs::exists(d.at(c.folder + "/Favicons")));
+        }
+    }
+    EXPECT_EQ(testing::treeContents(d.at("/Elsewhere")), outside);
 }
 
 // Nothing outside the home, behind a link, or linked to a file elsewhere is changed: not the database, not a

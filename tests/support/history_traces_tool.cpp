@@ -1,70 +1,43 @@
-// tidewell-history-traces chrome|firefox|safari HISTORY ICONS ID...
+// tidewell-history-traces chrome|firefox|safari HISTORY WORD...
 //
-// Removes from a browser's history database the URL rows with these ids, with every row that refers to them, then
-// their icons from the favicon database ("" for none), each in one transaction as the purge makes it, and prints
-// the rows each database lost. For the check that runs the real browsers on a profile purged so, until the purge
-// itself calls the removal.
-
-#include <fmt/format.h>
-#include <sqlite3.h>
+// Runs the adult-history purge, as a clean runs it, on one browser's history database with these words: the
+// matching pages go with every row that refers to them and with their icons' mappings in the favicon database
+// beside. The folder above the database's profile folder is the one it may change things in. Prints the rows
+// purged and whatever was left as it was; exits 1 when anything was. For the check that runs the real browsers on
+// a profile purged so.
 
 #include <cstdio>
 #include <string>
 #include <vector>
 
-#include "cleaning/history_traces.hpp"
-
-namespace {
-
-using namespace tidewell;
-
-// Runs a removal in one write transaction with the purge's settings, then cuts a WAL to nothing.
-template <typename Remove> bool purge(const std::string& path, Remove remove, TraceRemoval& removal) {
-    sqlite3* db = nullptr;
-    sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr);
-    std::expected<TraceRemoval, std::string> result = std::unexpected(std::string(sqlite3_errmsg(db)));
-    if (sqlite3_exec(db, "PRAGMA secure_delete=ON; PRAGMA temp_store=MEMORY; BEGIN IMMEDIATE", nullptr, nullptr,
-                     nullptr) == SQLITE_OK) {
-        result = remove(db);
-        sqlite3_exec(db, result ? "COMMIT; PRAGMA wal_checkpoint(TRUNCATE)" : "ROLLBACK", nullptr, nullptr, nullptr);
-    }
-    sqlite3_close(db);
-    if (!result) {
-        std::fprintf(stderr, "%s: %s\n", path.c_str(), result.error().c_str());
-        return false;
-    }
-    removal = *result;
-    std::string tables;
-    for (const auto& [table, rows] : removal.removed) {
-        tables += fmt::format("{} {}, ", rows, table);
-    }
-    std::printf("%s: %s%lld kept for a bookmark\n", path.c_str(), tables.c_str(),
-                static_cast<long long>(removal.keptBookmarked));
-    return true;
-}
-
-} // namespace
+#include "base/log.hpp"
+#include "cleaning/history_purge.hpp"
+#include "layout/disk_layout.hpp"
 
 int main(int argc, char** argv) {
+    using namespace tidewell;
     if (argc < 4) {
-        std::fprintf(stderr, "usage: tidewell-history-traces chrome|firefox|safari HISTORY ICONS ID...\n");
+        std::fprintf(stderr, "usage: tidewell-history-traces chrome|firefox|safari HISTORY WORD...\n");
         return 2;
     }
-    const std::string kind = argv[1];
-    const auto layout = kind == "firefox"  ? HistoryLayout::Firefox
-                        : kind == "safari" ? HistoryLayout::Safari
-                                           : HistoryLayout::Chrome;
-    std::vector<std::int64_t> ids;
-    for (int i = 4; i < argc; ++i) {
-        ids.push_back(std::stoll(argv[i]));
+    const Browser* browser = findBrowser(macosLayout(), argv[1]);
+    if (browser == nullptr || browser->history == nullptr) {
+        std::fprintf(stderr, "no browser '%s'\n", argv[1]);
+        return 2;
     }
-    TraceRemoval pages;
-    TraceRemoval icons;
-    const bool purged = purge(
-        argv[2], [&](sqlite3* db) { return removeVisitedPages(db, layout, ids); }, pages);
-    return purged && (std::string(argv[3]).empty() ||
-                      purge(
-                          argv[3], [&](sqlite3* db) { return removePageIcons(db, layout, pages.removedUrls); }, icons))
-               ? 0
-               : 1;
+    const std::string history = argv[2];
+    const std::string profile = history.substr(0, history.rfind('/'));
+    const DeletionBoundary boundary(profile.substr(0, profile.rfind('/')));
+    std::vector<std::string> words(argv + 3, argv + argc);
+    setLogSink([](std::string_view line) { std::printf("log: %.*s\n", static_cast<int>(line.size()), line.data()); });
+    const CleanOutcome outcome = purgeHistory(*browser->history, FileUrl{history},
+                                              PurgeContext{makeAdultWords(std::move(words)), boundary,
+                                                           CleanMode::RealTime});
+    for (const PurgedDatabase& purged : outcome.purged) {
+        std::printf("%s: %lld pages purged\n", purged.database.c_str(), static_cast<long long>(purged.rowsRemoved));
+    }
+    for (const LeftAsItWas& left : outcome.left) {
+        std::fprintf(stderr, "%s\n", describe(left).c_str());
+    }
+    return outcome.purged.empty() || outcome.leftAnything() ? 1 : 0;
 }

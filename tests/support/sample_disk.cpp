@@ -3,6 +3,7 @@
 #include <sqlite3.h>
 
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
@@ -50,6 +51,23 @@ constexpr const char* kFirefoxInsert =
     "INSERT INTO moz_places (id,url,title,visit_count,last_visit_date,guid) VALUES (?1,?2,'Page',1,"
     "1700000000000000+?1,'guid'||?1);"
     "INSERT INTO moz_historyvisits (place_id,visit_date,visit_type) VALUES (?1,1700000000000000+?1,1);";
+
+// The favicon database of a Chrome-family profile, as the browser keeps it beside its history.
+constexpr const char* kChromeFaviconsSchema =
+    "PRAGMA page_size=1024;"
+    "CREATE TABLE meta(key LONGVARCHAR NOT NULL UNIQUE PRIMARY KEY, value LONGVARCHAR);"
+    "CREATE TABLE icon_mapping(id INTEGER PRIMARY KEY, page_url LONGVARCHAR NOT NULL, icon_id INTEGER,"
+    " page_url_type INTEGER DEFAULT 0);"
+    "CREATE INDEX icon_mapping_page_url_idx ON icon_mapping(page_url);"
+    "CREATE INDEX icon_mapping_icon_id_idx ON icon_mapping(icon_id);"
+    "CREATE TABLE favicons(id INTEGER PRIMARY KEY, url LONGVARCHAR NOT NULL, icon_type INTEGER DEFAULT 1);"
+    "CREATE TABLE favicon_bitmaps(id INTEGER PRIMARY KEY, icon_id INTEGER NOT NULL, last_updated INTEGER DEFAULT 0,"
+    " image_data BLOB, width INTEGER DEFAULT 0, height INTEGER DEFAULT 0, last_requested INTEGER DEFAULT 0);"
+    "CREATE INDEX favicon_bitmaps_icon_id ON favicon_bitmaps(icon_id);";
+constexpr const char* kChromeFaviconsInsert =
+    "INSERT INTO favicons (id,url) VALUES (?1,?2||'/favicon.ico');"
+    "INSERT INTO favicon_bitmaps (icon_id,image_data,width,height) VALUES (?1,x'89504e47',16,16);"
+    "INSERT INTO icon_mapping (page_url,icon_id) VALUES (?2,?1);";
 
 void check(int rc, sqlite3* db, const std::string& what) {
     if (rc != SQLITE_OK && rc != SQLITE_DONE && rc != SQLITE_ROW) {
@@ -105,6 +123,28 @@ void writeSampleChromeExtensions(DiskBuilder& d, const std::string& chrome) {
 
 } // namespace
 
+namespace {
+
+// A Chrome-family "Favicons" mapping each URL to an icon of its own, its file then padded with zeros to `bytes`
+// (SQLite reads only the pages its header counts).
+void writeChromeFavicons(const std::string& path, const std::vector<std::string>& urls, std::uintmax_t bytes) {
+    makeParents(path);
+    sqlite3* db = nullptr;
+    check(sqlite3_open(path.c_str(), &db), db, "open " + path);
+    check(sqlite3_exec(db, kChromeFaviconsSchema, nullptr, nullptr, nullptr), db, "schema");
+    std::int64_t id = 0;
+    for (const std::string& url : urls) {
+        runInserts(db, kChromeFaviconsInsert, ++id, url);
+    }
+    sqlite3_close(db);
+    const std::uintmax_t size = std::filesystem::file_size(path);
+    if (size < bytes) {
+        std::ofstream(path, std::ios::binary | std::ios::app) << std::string(bytes - size, '\0');
+    }
+}
+
+} // namespace
+
 void writeHistoryDatabase(const std::string& path, Browser browser, const std::vector<std::string>& urls) {
     makeParents(path);
     sqlite3* db = nullptr;
@@ -147,9 +187,9 @@ void writeChromeProfile(DiskBuilder& d, const std::string& p, const std::vector<
         .file(p + "Visited Links", 130000)
         .file(p + "Login Data", 40000)
         .file(p + "Login Data For Account", 40000)
-        .file(p + "Preferences", 9000)
-        .file(p + "Favicons", 20000)
-        .file(p + "Top Sites", 20000)
+        .file(p + "Preferences", 9000);
+    writeChromeFavicons(d.at(p + "Favicons"), urls, 20000);
+    d.file(p + "Top Sites", 20000)
         .file(p + "Shortcuts", 20000)
         .file(p + "Network Action Predictor", 12000)
         .file(p + "Sessions/Session_13300000000000001", 6000)
@@ -167,8 +207,8 @@ void writeChromeProfile(DiskBuilder& d, const std::string& p, const std::vector<
 std::string profilesIni(const std::vector<std::pair<std::string, std::string>>& profiles) {
     std::string ini = "[General]\nStartWithLastProfile=1\nVersion=2\n";
     for (std::size_t i = 0; i < profiles.size(); ++i) {
-        ini += "\n[Profile" + std::to_string(i) + "]\nName=" + profiles[i].second + "\nIsRelative=1\nPath=" +
-               profiles[i].first + (i == 0 ? "\nDefault=1\n" : "\n");
+        ini += "\n[Profile" + std::to_string(i) + "]\nName=" + profiles[i].second +
+               "\nIsRelative=1\nPath=" + profiles[i].first + (i == 0 ? "\nDefault=1\n" : "\n");
     }
     return ini;
 }
@@ -299,9 +339,9 @@ void writeSampleDisk(const std::string& root, const std::string& login, const Di
         d.file(p + "Cookies", 28000)
             .file(p + "Visited Links", 130000)
             .file(p + "Login Data", 40000)
-            .file(p + "Preferences", 9000)
-            .file(p + "Favicons", 20000)
-            .file(p + "Top Sites", 20000)
+            .file(p + "Preferences", 9000);
+        writeChromeFavicons(d.at(p + "Favicons"), urls, 20000);
+        d.file(p + "Top Sites", 20000)
             .file(p + "Current Session", 3000)
             .file(p + "Current Tabs", 3000)
             .file(p + "Local Storage/leveldb/000003.log", 12000)
