@@ -1,6 +1,8 @@
 #include "layout/profiles.hpp"
 
 #include <algorithm>
+#include <filesystem>
+#include <system_error>
 
 #include "base/folders.hpp"
 #include "layout/chrome_local_state.hpp"
@@ -67,6 +69,24 @@ std::optional<std::vector<BrowserProfile>> profilesOf(const DiskRoot& disk, cons
         }
         break;
     }
+    }
+    return profiles;
+}
+
+std::optional<std::vector<BrowserProfile>> historyProfilesOf(const DiskRoot& disk, const Browser& browser) {
+    std::optional<std::vector<BrowserProfile>> profiles = profilesOf(disk, browser);
+    if (browser.profiles != ProfileRule::FirstFolderNamedDefault || !profiles) {
+        return profiles;
+    }
+    const FileUrl folder = dataFolderOf(disk, browser).appending(browser.profilesFolder);
+    for (const std::string& name : listFolderNames(folder.path)) {
+        FileUrl entry = folder.appending(name);
+        std::error_code error;
+        const bool isFolder =
+            std::filesystem::symlink_status(entry.path, error).type() == std::filesystem::file_type::directory;
+        if (isFolder && std::ranges::none_of(*profiles, [&](const BrowserProfile& p) { return p.folder == entry; })) {
+            profiles->push_back({std::move(entry), {}});
+        }
     }
     return profiles;
 }

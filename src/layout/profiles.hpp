@@ -37,4 +37,10 @@ struct BrowserProfile {
 ///   read.
 [[nodiscard]] std::optional<std::vector<BrowserProfile>> profilesOf(const DiskRoot& disk, const Browser& browser);
 
+/// Every profile whose history the adult-history purge covers: profilesOf, except that FirstFolderNamedDefault
+/// gives that first folder followed by every other folder of the profiles folder, in listing order (a link or a
+/// file there is no profile). A person's second profile keeps its visits no less than the first.
+[[nodiscard]] std::optional<std::vector<BrowserProfile>> historyProfilesOf(const DiskRoot& disk,
+                                                                           const Browser& browser);
+
 } // namespace tidewell

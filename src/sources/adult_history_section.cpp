@@ -8,11 +8,11 @@ namespace tidewell {
 
 namespace {
 
-// The history database of each profile, in profile order; on a layout that offers existing databases only, those
+// The history database of every profile, in profile order; on a layout that offers existing databases only, those
 // alone.
 UrlList profileDatabases(const DiskRoot& disk, const Browser& browser, AnchorFolders anchors) {
     UrlList databases;
-    const std::optional<std::vector<BrowserProfile>> profiles = profilesOf(disk, browser);
+    const std::optional<std::vector<BrowserProfile>> profiles = historyProfilesOf(disk, browser);
     for (const BrowserProfile& profile : profiles.value_or(std::vector<BrowserProfile>())) {
         anchors.profile = &profile;
         FileUrl database = locationOf(browser.profileHistory, anchors);
