@@ -29,7 +29,14 @@ std::string nestedTooDeep() {
     return "the word list nests deeper than " + std::to_string(kMaxWordListNesting) + " levels";
 }
 
+// A text word list may come from an editor that starts it with a byte-order mark; it is no part of the first word.
+std::string_view withoutByteOrderMark(std::string_view contents) {
+    constexpr std::string_view kMark = "\xEF\xBB\xBF";
+    return contents.starts_with(kMark) ? contents.substr(kMark.size()) : contents;
+}
+
 bool looksLikePlist(std::string_view contents) {
+    contents = withoutByteOrderMark(contents);
     if (contents.starts_with("bplist")) {
         return true;
     }
@@ -219,7 +226,10 @@ private:
     std::vector<State> m_state;
 };
 
+// One word per line. Spaces and tabs around a word are no part of it (a URL holds none), and a line left empty is
+// passed over: an empty word would match every visit.
 std::vector<std::string> readLines(std::string_view contents) {
+    contents = withoutByteOrderMark(contents);
     std::vector<std::string> words;
     std::size_t start = 0;
     while (start < contents.size()) {
@@ -228,9 +238,10 @@ std::vector<std::string> readLines(std::string_view contents) {
             end = contents.size();
         }
         std::string_view line = contents.substr(start, end - start);
-        if (line.ends_with('\r')) {
-            line.remove_suffix(1);
-        }
+        constexpr std::string_view kSpaces = " \t\r\v\f";
+        const std::size_t first = line.find_first_not_of(kSpaces);
+        line = first == std::string_view::npos ? std::string_view()
+                                               : line.substr(first, line.find_last_not_of(kSpaces) - first + 1);
         if (!line.empty()) {
             words.emplace_back(line);
         }
@@ -293,7 +304,7 @@ std::optional<std::vector<std::string>> readWordListPlist(std::string_view conte
 
 std::optional<std::vector<std::string>> readWordsText(std::string_view contents) {
     if (looksLikePlist(contents)) {
-        return readWordListPlist(contents);
+        return readWordListPlist(withoutByteOrderMark(contents));
     }
     if (contents.size() > kMaxWordListBytes) {
         return std::nullopt;

@@ -55,8 +55,9 @@ inline constexpr std::size_t kMaxWordListNesting = 32;
 
 /// The words of a word list given by hand: a property list when it starts like one ("bplist", or "<?xml",
 /// "<!DOCTYPE" or "<plist" after white space), read as readWordListPlist does; otherwise text with one word per
-/// line, where a line ends at "\n" or "\r\n" and empty lines are passed over (an empty word would match every
-/// visit). Nothing when it is past the limits, or a property list that is not an array.
+/// line, where a line ends at "\n" or "\r\n", spaces and tabs around a word are dropped, and lines left empty are
+/// passed over (an empty word would match every visit). A UTF-8 byte-order mark at the start is dropped in either
+/// case. Nothing when it is past the limits, or a property list that is not an array.
 [[nodiscard]] std::optional<std::vector<std::string>> readWordsText(std::string_view contents);
 
 /// Why readWordsText gives nothing for a text: the limit it is past, or that it is not an array of words.

@@ -34,9 +34,15 @@ TEST(AdultWords, AWordListPropertyListIsAnArrayOfWhichOnlyStringsCount) {
 }
 
 TEST(AdultWords, AWordListIsAPropertyListOrOneWordPerLine) {
-    EXPECT_EQ(readWordsText("porn\r\n\nX%X\n it's \n"), (Words{"porn", "X%X", " it's "}));
+    EXPECT_EQ(readWordsText("porn\r\n\nX%X\n it's \n"), (Words{"porn", "X%X", "it's"}));
+    // As an editor may save it: a byte-order mark, spaces and tabs around words, lines of spaces alone.
+    EXPECT_EQ(readWordsText("\xEF\xBB\xBFporn\r\n \t \r\n\tsex cam  \r\n\r\n   \nxxx\t"),
+              (Words{"porn", "sex cam", "xxx"}));
+    EXPECT_EQ(readWordsText("\xEF\xBB\xBF"), Words{});
     EXPECT_EQ(readWordsText("\n  <?xml version=\"1.0\"?><plist><array><string>xxx</string></array></plist>"),
               Words{"xxx"});
+    EXPECT_EQ(readWordsText("\xEF\xBB\xBF<?xml version=\"1.0\"?><plist><array><string> a </string></array></plist>"),
+              Words{" a "});
     EXPECT_FALSE(readWordsText("<plist><dict/></plist>"));
     EXPECT_EQ(whyWordsRefused("<plist><dict/></plist>"), "the word list is not a property list whose root is an array");
 }
