@@ -125,6 +125,19 @@ WordMatcher::WordMatcher(const std::vector<std::string>& words) {
     for (unsigned byte = 0; byte < 256; ++byte) {
         m_fromRoot[byte] = childOf(0, foldAscii(static_cast<char>(byte)));
     }
+    // A small automaton gets a full table, so each byte of a text costs one look-up. A node's failure link comes
+    // earlier in breadth-first order, so its row is complete when a row needs it.
+    if (nodes <= kDenseNodeLimit) {
+        m_dense.assign(std::size_t{nodes} * 256, 0);
+        for (std::uint32_t node = 0; node < nodes; ++node) {
+            for (unsigned byte = 0; byte < 256; ++byte) {
+                const std::uint32_t step = childOf(node, foldAscii(static_cast<char>(byte)));
+                m_dense[std::size_t{node} * 256 + byte] = step != kNone ? step
+                                                          : node == 0   ? 0
+                                                                      : m_dense[std::size_t{m_fail[node]} * 256 + byte];
+            }
+        }
+    }
 }
 
 std::uint32_t WordMatcher::childOf(std::uint32_t node, std::uint8_t byte) const {
@@ -139,6 +152,15 @@ bool WordMatcher::matchesAny(std::string_view text) const {
         return false;
     }
     std::uint32_t state = 0;
+    if (!m_dense.empty()) {
+        for (const char c : text) {
+            state = m_dense[std::size_t{state} * 256 + static_cast<std::uint8_t>(c)];
+            if (isFinal(state)) {
+                return true;
+            }
+        }
+        return false;
+    }
     for (const char c : text) {
         const std::uint8_t byte = foldAscii(c);
         while (state != 0) {
@@ -160,7 +182,8 @@ bool WordMatcher::matchesAny(std::string_view text) const {
 
 std::size_t WordMatcher::memoryBytes() const {
     return sizeof(*this) + m_label.capacity() + m_firstChild.capacity() * sizeof(std::uint32_t) +
-           m_fail.capacity() * sizeof(std::uint32_t) + m_final.capacity() * sizeof(std::uint64_t);
+           m_fail.capacity() * sizeof(std::uint32_t) + m_final.capacity() * sizeof(std::uint64_t) +
+           m_dense.capacity() * sizeof(std::uint32_t);
 }
 
 } // namespace tidewell

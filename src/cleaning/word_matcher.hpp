@@ -32,6 +32,12 @@ public:
     /// The bytes the matcher's tables take.
     [[nodiscard]] std::size_t memoryBytes() const;
 
+    /// An automaton of at most this many nodes (a list of some thousand words) also gets a full table of its steps,
+    /// 1 KiB a node, so that a text costs one look-up per byte.
+    static constexpr std::uint32_t kDenseNodeLimit = 8192;
+    /// Whether it has that table.
+    [[nodiscard]] bool hasFullTable() const { return !m_dense.empty(); }
+
 private:
     [[nodiscard]] std::uint32_t childOf(std::uint32_t node, std::uint8_t byte) const;
     [[nodiscard]] bool isFinal(std::uint32_t node) const { return ((m_final[node / 64] >> (node % 64)) & 1U) != 0; }
@@ -43,6 +49,7 @@ private:
     std::vector<std::uint32_t> m_firstChild;     // node -> its first child; its children end where the next's start
     std::vector<std::uint32_t> m_fail;           // node -> the longest proper suffix of its text that is a node
     std::vector<std::uint64_t> m_final;          // node -> a word ends here, or at a node its failure links reach
+    std::vector<std::uint32_t> m_dense;          // node * 256 + byte -> the next node, for a small automaton
 };
 
 } // namespace tidewell
