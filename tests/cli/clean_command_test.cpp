@@ -144,7 +144,7 @@ TEST_F(CleaningCommands, PurgeAndCleanEndWithFiveNamingWhatTheyLeftAsItWas) {
     std::ofstream(profile + "/extensions.json")
         << R"({"addons":[{"defaultLocale":{"name":"Mover"},"version":"1","path":")" << disk
         << R"(/Users/ann/Documents"}]})";
-    const ToolRun cleaned = run({"clean", "--yes"}, nothingRuns);
+    const ToolRun cleaned = run({"clean", "--yes", "--tick", "Browser Extensions/Firefox Extensions"}, nothingRuns);
     EXPECT_EQ(cleaned.status, 5);
     EXPECT_NE(cleaned.err.find("tidewell-cli: " + disk + "/Users/ann/Documents: left as it was: "), std::string::npos)
         << cleaned.err;
