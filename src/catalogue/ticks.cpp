@@ -4,13 +4,6 @@
 
 namespace tidewell {
 
-namespace {
-
-// The row the fourth-row rule names: it never passes its tick down to its items.
-constexpr std::size_t kRowThatKeepsItemTicks = 3;
-
-} // namespace
-
 Tick tickSection(const Catalogue& catalogue, std::size_t row, Tick state) {
     if (state == Tick::Mixed) {
         state = Tick::On;
@@ -21,10 +14,10 @@ Tick tickSection(const Catalogue& catalogue, std::size_t row, Tick state) {
     }
     const Section section(record);
     const bool on = state == Tick::On;
-    if (row != kRowThatKeepsItemTicks) {
-        for (Item& item : section.items()) {
-            item.setTicked(on);
-        }
+    // Every section passes its tick down, whatever its row: a person who unticks "Adult History" means its
+    // purges too, and the clean follows the items' ticks.
+    for (Item& item : section.items()) {
+        item.setTicked(on);
     }
     section.setTicked(on);
     return state;

@@ -11,8 +11,8 @@ namespace tidewell {
 // --tick and --untick.
 
 /// A section's tick box in the item table, on row `row` of the catalogue, with the state the box now shows. A
-/// mixed box becomes on. The section's items all take the section's tick (as booleans), except on the fourth row
-/// (index 3), which never passes its tick down. The section's own "isChecked" becomes true or false. Returns the
+/// mixed box becomes on. The section's items all take the section's tick (as booleans), on every row. The
+/// section's own "isChecked" becomes true or false. Returns the
 /// state the box ends in. A row outside the catalogue changes nothing.
 Tick tickSection(const Catalogue& catalogue, std::size_t row, Tick state);
 

@@ -2,6 +2,8 @@
 
 namespace tidewell {
 
+// Saved passwords ("Login Data") start unticked: a clean with the defaults never removes them.
+//
 // Old and current names sit side by side: a profile written by an older browser keeps the old files, and a name
 // that is not there measures 0 and removes nothing.
 
@@ -25,7 +27,8 @@ std::vector<ItemRow> chromeProfileRows() {
         {"Login Data (%@)",
          {{Anchor::Profile, "Login Data"},
           {Anchor::Profile, "Login Data-journal"},
-          {Anchor::Profile, "Login Data For Account"}}},
+          {Anchor::Profile, "Login Data For Account"}},
+         false},
         {"LastSession (%@)",
          {{Anchor::Profile, "Session Storage"},
           {Anchor::Profile, "Last Session"},
@@ -69,7 +72,8 @@ std::vector<ItemRow> firefoxProfileRows(std::vector<Location> caches) {
          {{Anchor::Profile, "logins.json"},
           {Anchor::Profile, "key3.db"},
           {Anchor::Profile, "logins.db"},
-          {Anchor::Profile, "key4.db"}}},
+          {Anchor::Profile, "key4.db"}},
+         false},
         {"LastSession",
          {{Anchor::Profile, "sessionstore-backups"},
           {Anchor::Profile, "sessionCheckpoints.json"},

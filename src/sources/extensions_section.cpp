@@ -12,6 +12,9 @@ namespace tidewell {
 
 namespace {
 
+// Everything in this section starts unticked, captions and the reset row included: a person's extensions and
+// browser settings are kept on purpose, and a clean with the defaults must never remove them.
+//
 // The rows of one browser go under its caption, and only when there are any: a browser without extensions shows
 // no empty group.
 class GroupedRows {
@@ -22,7 +25,7 @@ public:
         if (m_group.empty()) {
             return;
         }
-        m_rows.push_back(makeItem({}, std::string(caption), true));
+        m_rows.push_back(makeItem({}, std::string(caption), true, false));
         m_rows.insert(m_rows.end(), std::make_move_iterator(m_group.begin()), std::make_move_iterator(m_group.end()));
         m_group.clear();
     }
@@ -41,7 +44,7 @@ void addSafariRows(ScanEnv& env, const Browser& browser, GroupedRows& rows) {
         if (name == "Extensions.plist" || name == ".DS_Store") {
             continue;
         }
-        rows.add(makeItem({entry}, std::string(nameWithoutExtension(name)), true));
+        rows.add(makeItem({entry}, std::string(nameWithoutExtension(name)), true, false));
     }
 }
 
@@ -61,7 +64,7 @@ void addChromeRows(ScanEnv& env, const Browser& browser, GroupedRows& rows) {
         rows.add(makeItem({*location},
                           fmt::format("{} v{} ({})", record->text(keys::kExtensionName),
                                       record->text(keys::kExtensionVersion), record->text(keys::kExtensionProfile)),
-                          true));
+                          true, false));
     }
 }
 
@@ -76,7 +79,7 @@ void addFirefoxRows(ScanEnv& env, const Browser& browser, GroupedRows& rows) {
         rows.add(makeItem({std::move(extension.location)},
                           fmt::format("{} v{}", extension.record->text(keys::kExtensionName),
                                       extension.record->text(keys::kExtensionVersion)),
-                          true));
+                          true, false));
     }
 }
 
@@ -125,7 +128,7 @@ BuilderOutcome buildBrowserExtensionsSection(ScanEnv& env) {
     // hand: it has locations, yet it must read as a caption ("isHeader" false) in the grouped details panel.
     list.push_back(makeRecord({{keys::kLocations, std::move(resetList)},
                                {keys::kItemName, std::string("Reset Browsers Preferences to Defaults")},
-                               {keys::kTick, true},
+                               {keys::kTick, false},
                                {keys::kSizeText, std::string("0KB")},
                                {keys::kExtensionRow, true},
                                {keys::kNotCaption, false}},
@@ -140,7 +143,7 @@ BuilderOutcome buildBrowserExtensionsSection(ScanEnv& env) {
                     {keys::kItems, std::move(list)},
                     {keys::kSize, std::string()},
                     {keys::kImage, std::string("Browser_ext")},
-                    {keys::kTick, true},
+                    {keys::kTick, false},
                     {keys::kEnabled, true},
                     {keys::kGrouped, true}},
                    {RecordKind::ExtensionsSection, nullptr, "Browser_ext", "Browser extensions, Preferences"});

@@ -17,8 +17,7 @@ class SectionCard;
 ///   its "isEnabled" says, and a summary (also the card's tool tip): fixed texts for "Chrome", "Browser
 ///   Extensions" and "Adult History" (which shows no size, but an info button), else its items' names joined with
 ///   ", ".
-/// A tick box passes its tick to the section's items through the catalogue's tick rules (the fourth row keeps its
-/// items as they are).
+/// A tick box passes its tick to the section's items through the catalogue's tick rules.
 class ItemTableSource : public QObject, public TableDataSource {
     Q_OBJECT
 public:

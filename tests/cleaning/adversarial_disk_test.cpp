@@ -316,6 +316,10 @@ protected:
             .text("/outside.txt", "outside");
     }
 
+    // The extension rows start unticked; every clean here ticks them, so the add-on locations an adversary records
+    // are put to the test.
+    static constexpr std::string_view kExtensions = "Browser Extensions";
+
     // The home locations the cleaning is to remove, as a scan's catalogue gives them with its default ticks: every
     // location of each ticked item, and each history database of a ticked adult-history item with Chrome's
     // session files beside it. Those outside the home are left out: nothing there may change.
@@ -329,6 +333,7 @@ protected:
         };
         cli::ScanSession session(d.disk(), sectionBuilders(macosLayout()), {});
         session.scan();
+        EXPECT_TRUE(cli::applyTick(session.catalogue(), {Tick::On, std::string(kExtensions)}).has_value());
         for (const std::string& untick : unticks) {
             EXPECT_TRUE(cli::applyTick(session.catalogue(), {Tick::Off, untick}).has_value()) << untick;
         }
@@ -417,7 +422,7 @@ TEST_P(AdversarialDisk, CleaningChangesNothingOutsideTheTickedLocationsAndEndsNo
     ASSERT_TRUE(before.contains("Decoy/keep.txt"));
     ASSERT_TRUE(before.contains(homeAsStored + "/Documents/letter.txt") || stayingBefore.contains("Documents"));
 
-    std::vector<std::string> clean{"--user", d.login(), "clean", "--yes"};
+    std::vector<std::string> clean{"--user", d.login(), "clean", "--yes", "--tick", std::string(kExtensions)};
     for (const std::string& untick : GetParam().unticks) {
         clean.insert(clean.end(), {"--untick", untick});
     }

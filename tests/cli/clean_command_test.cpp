@@ -118,6 +118,61 @@ TEST_F(CleaningCommands, PurgeRunsTheHourlyPurgeOnceUnlessABrowserRuns) {
     EXPECT_EQ(home(), unpurged);
 }
 
+// Unticking the "Adult History" section unticks its items, so a clean purges no history database; ticked, it does.
+// The browsers' own sections are unticked throughout, so the databases stay for the purge to find.
+TEST_F(CleaningCommands, UntickingAdultHistoryStopsItsPurgesOnBothLayouts) {
+    struct Case {
+        const DiskLayout* layout;
+        std::vector<std::string> browsers;
+        std::vector<std::pair<std::string, std::string>> histories;
+    };
+    const std::string chrome = "/Users/ann/Library/Application Support/Google/Chrome/";
+    const std::vector<Case> cases{
+        {&macosLayout(),
+         {"Safari", "Chrome", "Firefox"},
+         {{"/Users/ann/Library/Safari/History.db", "history_items"},
+          {chrome + "Default/History", "urls"},
+          {chrome + "Profile 1/History", "urls"}}},
+        {&linuxLayout(),
+         {"Chrome", "Chromium", "Firefox"},
+         {{"/home/ann/.config/google-chrome/Default/History", "urls"},
+          {"/home/ann/.config/google-chrome/Profile 1/History", "urls"},
+          {"/home/ann/snap/chromium/common/chromium/Default/History", "urls"},
+          {"/home/ann/.mozilla/firefox/k2x9w0aq.default-release/places.sqlite", "moz_places"}}},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.layout->name);
+        for (const bool ticked : {false, true}) {
+            const testing::TempFolder own;
+            const std::string root = own.path() + "/disk";
+            testing::writeSampleDisk(root, "ann", *c.layout);
+            std::vector<std::string> args{"--root", root, "--user", "ann", "clean", "--yes"};
+            for (const std::string& browser : c.browsers) {
+                args.insert(args.end(), {"--untick", browser});
+            }
+            args.insert(args.end(), {ticked ? "--tick" : "--untick", "Adult History"});
+            std::map<std::string, std::size_t> before;
+            for (const auto& [database, table] : c.histories) {
+                before[database] = testing::tableDump(root + database, table).size();
+            }
+            std::ostringstream out;
+            std::ostringstream err;
+            std::istringstream in;
+            CliIo io{out, err, in, false, &nothingRuns, [](std::chrono::seconds) {}};
+            ASSERT_EQ(runCli(args, io), 0) << err.str();
+            for (const auto& [database, table] : c.histories) {
+                const std::size_t after = testing::tableDump(root + database, table).size();
+                if (ticked) {
+                    EXPECT_LT(after, before[database]) << database;
+                } else {
+                    EXPECT_EQ(after, before[database]) << database;
+                }
+            }
+            EXPECT_EQ(err.str().find(" Deleted") != std::string::npos, ticked) << err.str();
+        }
+    }
+}
+
 // What a purge or clean leaves as it was is named on standard error with the reason, and the run ends with 5; a
 // purge that changed nothing does not log that it deleted.
 TEST_F(CleaningCommands, PurgeAndCleanEndWithFiveNamingWhatTheyLeftAsItWas) {
@@ -144,7 +199,7 @@ TEST_F(CleaningCommands, PurgeAndCleanEndWithFiveNamingWhatTheyLeftAsItWas) {
     std::ofstream(profile + "/extensions.json")
         << R"({"addons":[{"defaultLocale":{"name":"Mover"},"version":"1","path":")" << disk
         << R"(/Users/ann/Documents"}]})";
-    const ToolRun cleaned = run({"clean", "--yes"}, nothingRuns);
+    const ToolRun cleaned = run({"clean", "--yes", "--tick", "Browser Extensions/Firefox Extensions"}, nothingRuns);
     EXPECT_EQ(cleaned.status, 5);
     EXPECT_NE(cleaned.err.find("tidewell-cli: " + disk + "/Users/ann/Documents: left as it was: "), std::string::npos)
         << cleaned.err;

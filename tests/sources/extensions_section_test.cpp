@@ -36,8 +36,8 @@ TEST_F(ExtensionsSection, WithoutBrowsersOnlyAnEmptyResetRowRemains) {
     EXPECT_TRUE(outcome.handOver);
     EXPECT_EQ(toJson(*outcome.section).dump(),
               R"({"Name":"Browser Extensions","List":[{"AllList":[],"NameText":"Reset Browsers Preferences to )"
-              R"(Defaults","isChecked":true,"sizeText":"","isExt":true,"isHeader":false,"isEnabled":true}],)"
-              R"("Size":"","Img":"Browser_ext","isChecked":true,"isEnabled":true,"isFromThornsweep":true})");
+              R"(Defaults","isChecked":false,"sizeText":"","isExt":true,"isHeader":false,"isEnabled":true}],)"
+              R"("Size":"","Img":"Browser_ext","isChecked":false,"isEnabled":true,"isFromThornsweep":true})");
 }
 
 TEST_F(ExtensionsSection, GroupsRowsByBrowserAndEndsWithTheResetRow) {
@@ -72,7 +72,7 @@ TEST_F(ExtensionsSection, GroupsRowsByBrowserAndEndsWithTheResetRow) {
         EXPECT_EQ(row.sizeText(), "") << row.name();
         EXPECT_TRUE(row.isEnabled() && row.record()->flag("isExt"));
         EXPECT_EQ(row.isCaption(), locationPaths(row).empty() || row.record() == rows.back().record());
-        EXPECT_TRUE(row.isTicked()) << "a row named \"Downloads\" too: ticks come from the tables, not from names";
+        EXPECT_EQ(row.tick(), Tick::Off) << row.name() << ": a person's extensions and settings are kept by default";
     }
     // Only the first "default" profile the folder lists gives reset files.
     const std::vector<std::string> listed = listFolderNames(d.at(kProfiles));
@@ -84,6 +84,7 @@ TEST_F(ExtensionsSection, GroupsRowsByBrowserAndEndsWithTheResetRow) {
         reset.push_back(d.at(kProfiles + chosen + "/" + file));
     }
     EXPECT_EQ(locationPaths(lastRow(section)), reset);
+    EXPECT_EQ(Section(section).tick(), Tick::Off);
 }
 
 TEST_F(ExtensionsSection, ABrowserWithNothingListedKeepsOnlyItsResetFiles) {

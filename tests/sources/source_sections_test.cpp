@@ -8,6 +8,7 @@
 #include "layout/locations.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
+#include "support/sample_disk.hpp"
 
 namespace tidewell {
 namespace {
@@ -195,6 +196,40 @@ TEST_F(SourceSections, SystemListsQuarantineRecordsButItsContainerAndTrashListin
     std::ranges::sort(paths);
     EXPECT_EQ(paths, (Paths{mirror + "/com.example.notes/Data/Library/Caches/a",
                             mirror + "/stray-file/Data/Library/Caches/b"}));
+}
+
+// Saved passwords, extensions and the preference reset are kept unless a person ticks them, on either layout; so
+// is everything Safari starts unticked. Everything else starts ticked.
+TEST(DefaultTicks, PasswordsExtensionsAndThePreferenceResetStartUnticked) {
+    for (const DiskLayout* layout : {&macosLayout(), &linuxLayout()}) {
+        SCOPED_TRACE(layout->name);
+        const testing::TempFolder temp;
+        testing::writeSampleDisk(temp.path() + "/disk", "ann", *layout);
+        const DiskRoot disk = testing::DiskBuilder(temp.path() + "/disk", "ann", *layout).disk();
+        std::size_t passwords = 0;
+        std::size_t extensionRows = 0;
+        for (const SectionBuilder& builder : sectionBuilders(*layout)) {
+            const RecordPtr record = testing::runBuilder(builder, disk).section;
+            if (!record || Section(record).isPromotion()) {
+                continue;
+            }
+            const Section section(record);
+            const bool extensions = section.name() == "Browser Extensions";
+            EXPECT_EQ(section.tick(), extensions ? Tick::Off : Tick::On) << section.name();
+            for (const Item& item : section.items()) {
+                const bool password = item.name().starts_with("Login Data");
+                const bool safariKept =
+                    section.name() == "Safari" && (item.name() == "Bookmarks" || item.name() == "Downloads");
+                passwords += password ? 1 : 0;
+                extensionRows += extensions ? 1 : 0;
+                EXPECT_EQ(item.tick(), password || extensions || safariKept ? Tick::Off : Tick::On)
+                    << section.name() << " / " << item.name();
+            }
+        }
+        // Chrome's two profiles and Firefox's one on macOS; on Linux two Chrome, one Chromium and two Firefox.
+        EXPECT_EQ(passwords, layout == &macosLayout() ? 3U : 5U);
+        EXPECT_GT(extensionRows, 6U);
+    }
 }
 
 } // namespace
