@@ -1,9 +1,11 @@
 #include "cleaning/browser_check.hpp"
 
 #include <algorithm>
+#include <optional>
 #include <set>
 #include <string>
 
+#include "base/held_folder.hpp"
 #include "base/log.hpp"
 #include "catalogue/record_keys.hpp"
 #include "catalogue/record_views.hpp"
@@ -41,6 +43,14 @@ public:
             m_entries.push_back(entry);
         }
     }
+    // A browser whose files a ticked row of another section touches is listed once, without a word.
+    void addQuietlyIfRunning(const Browser& browser) {
+        const RecordPtr entry = browserPanelEntry(browser, m_disk);
+        if (runs(browser, m_running) &&
+            std::ranges::none_of(m_entries, [&](const RecordPtr& listed) { return sameEntry(*listed, *entry); })) {
+            m_entries.push_back(entry);
+        }
+    }
     RecordList take() { return std::move(m_entries); }
 
 private:
@@ -49,11 +59,46 @@ private:
     RecordList m_entries;
 };
 
+// Whether the path lies at or below the folder, both as components.
+bool isWithin(const std::vector<std::string>& path, const std::vector<std::string>& folder) {
+    return path.size() >= folder.size() && std::equal(folder.begin(), folder.end(), path.begin());
+}
+
+// The browsers whose data folders hold a location of a ticked row of the section, in the layout's order: the
+// extension rows and the preference reset, which a running browser would undo or trip over.
+std::vector<const Browser*> browsersTouchedBy(const Section& section, const DiskRoot& disk) {
+    std::vector<std::vector<std::string>> locations;
+    for (const Item& item : section.items()) {
+        if (const UrlList* urls = item.locations(); urls != nullptr && item.isTicked()) {
+            for (const FileUrl& url : *urls) {
+                if (std::optional<std::vector<std::string>> components = normalisedComponents(url.path)) {
+                    locations.push_back(std::move(*components));
+                }
+            }
+        }
+    }
+    std::vector<const Browser*> touched;
+    for (const Browser* browser : disk.layout().browsers) {
+        const bool touches = std::ranges::any_of(browser->dataFolders, [&](std::string_view folder) {
+            const std::optional<std::vector<std::string>> data = normalisedComponents(disk.inHome(folder).path);
+            return data && std::ranges::any_of(locations, [&](const auto& path) { return isWithin(path, *data); });
+        });
+        if (touches) {
+            touched.push_back(browser);
+        }
+    }
+    return touched;
+}
+
 RecordList browsersOf(const RecordList& sections, const DiskRoot& disk, const RunningApplications& running,
                       bool lookIntoAdultHistory) {
     EntryList list(disk, running);
     for (const Section& section : sectionsOf(sections)) {
-        if (section.kind() == RecordKind::SourceSection && section.browser() != nullptr) {
+        if (section.kind() == RecordKind::ExtensionsSection) {
+            for (const Browser* browser : browsersTouchedBy(section, disk)) {
+                list.addQuietlyIfRunning(*browser);
+            }
+        } else if (section.kind() == RecordKind::SourceSection && section.browser() != nullptr) {
             list.addIfRunning(*section.browser());
         } else if (lookIntoAdultHistory && section.kind() == RecordKind::AdultHistorySection) {
             for (const Item& item : section.items()) {
@@ -96,9 +141,8 @@ std::vector<const Browser*> runningBrowsers(const DiskLayout& layout, const Runn
     const std::set<std::string> names = running.runningAmong(browserProcessNames(layout));
     std::vector<const Browser*> found;
     // Only a browser whose history the purge changes is in its way: a running mail program is not.
-    std::ranges::copy_if(layout.browsers, std::back_inserter(found), [&](const Browser* browser) {
-        return browser->history != nullptr && runs(*browser, names);
-    });
+    std::ranges::copy_if(layout.browsers, std::back_inserter(found),
+                         [&](const Browser* browser) { return browser->history != nullptr && runs(*browser, names); });
     return found;
 }
 

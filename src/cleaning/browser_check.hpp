@@ -20,7 +20,9 @@ namespace tidewell {
 /// sections. For each section in order: a browser's section adds its browser's entry when the browser runs (no
 /// check for one already listed); the Adult History section adds, for each of its items in order whether ticked
 /// or not, the entry of the item's browser when that one runs, logging "Not added" instead when an equal entry is
-/// listed already. The running programs are looked at once.
+/// listed already. The Browser Extensions section adds, once each and in the layout's order, every running browser
+/// whose data folders hold a location of one of its ticked rows (an extension, the preference reset): a running
+/// browser rewrites those files as it quits. The running programs are looked at once.
 [[nodiscard]] RecordList browsersInTheWay(const RecordList& sections, const DiskRoot& disk,
                                           const RunningApplications& running);
 

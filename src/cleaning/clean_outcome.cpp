@@ -2,7 +2,10 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <iterator>
+
+#include "base/byte_count.hpp"
 
 namespace tidewell {
 
@@ -38,7 +41,70 @@ const char* reasonText(LeftReason reason) {
     return "";
 }
 
+std::string sizeOf(std::uint64_t bytes) {
+    return sizeTextFor(static_cast<std::int64_t>(bytes)).text;
+}
+
 } // namespace
+
+std::string_view reasonName(LeftReason reason) {
+    switch (reason) {
+    case LeftReason::OutsideBoundary:
+        return "outside the granted folder";
+    case LeftReason::OutsideOwnFolder:
+        return "outside its extensions folder";
+    case LeftReason::BehindLink:
+        return "behind a link";
+    case LeftReason::OtherMount:
+        return "on another mount";
+    case LeftReason::NotRemovable:
+        return "not removable";
+    case LeftReason::Locked:
+        return "locked";
+    case LeftReason::Damaged:
+        return "damaged";
+    case LeftReason::NotPlainFile:
+        return "not a plain file";
+    case LeftReason::ReadOnly:
+        return "read-only";
+    case LeftReason::StillReadable:
+        return "still readable";
+    case LeftReason::CannotOpen:
+        return "cannot be opened";
+    case LeftReason::UntickedInside:
+        return "unticked inside";
+    }
+    return "";
+}
+
+bool CleanOutcome::leftAgainstTheTicks() const {
+    return std::ranges::any_of(left,
+                               [](const LeftAsItWas& place) { return place.reason != LeftReason::UntickedInside; });
+}
+
+std::vector<std::string> reportLines(const CleanOutcome& outcome) {
+    std::vector<std::string> lines;
+    for (const RemovedLocation& location : outcome.removed) {
+        lines.push_back(location.whole ? fmt::format("Removed {} ({})", location.location, sizeOf(location.bytes))
+                                       : fmt::format("Emptied {} ({}), keeping what is unticked", location.location,
+                                                     sizeOf(location.bytes)));
+    }
+    std::int64_t rows = 0;
+    for (const PurgedDatabase& database : outcome.purged) {
+        lines.push_back(fmt::format("Purged {}: {} rows removed", database.database, database.rowsRemoved));
+        rows += database.rowsRemoved;
+    }
+    for (const LeftAsItWas& left : outcome.left) {
+        lines.push_back(left.detail.empty()
+                            ? fmt::format("Left {}: {}", left.location, reasonName(left.reason))
+                            : fmt::format("Left {}: {} ({})", left.location, reasonName(left.reason), left.detail));
+    }
+    lines.push_back(fmt::format("Freed {} in {} locations; {} rows removed from {} history databases; {} left as "
+                                "they were",
+                                sizeOf(outcome.bytesFreed()), outcome.removed.size(), rows, outcome.purged.size(),
+                                outcome.left.size()));
+    return lines;
+}
 
 void CleanOutcome::add(CleanOutcome other) {
     removed.insert(removed.end(), std::make_move_iterator(other.removed.begin()),

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace tidewell {
@@ -31,10 +32,12 @@ struct LeftAsItWas {
     friend bool operator==(const LeftAsItWas&, const LeftAsItWas&) = default;
 };
 
-/// A location that a clean removed, and the bytes on disk it held.
+/// A location that a clean removed, and the bytes on disk it held: all of it, or (not `whole`) everything in it but
+/// what is named among the left, such as a folder emptied around what an unticked item keeps.
 struct RemovedLocation {
     std::string location; // the path as the catalogue gives it
     std::uint64_t bytes = 0;
+    bool whole = true;
 
     friend bool operator==(const RemovedLocation&, const RemovedLocation&) = default;
 };
@@ -60,9 +63,25 @@ struct CleanOutcome {
     [[nodiscard]] std::uint64_t bytesFreed() const;
     /// Whether anything ticked was left as it was.
     [[nodiscard]] bool leftAnything() const { return !left.empty(); }
+    /// Whether anything ticked was left as it was for a reason other than an unticked item keeping it: what a
+    /// person asked for that could not be done.
+    [[nodiscard]] bool leftAgainstTheTicks() const;
 };
+
+/// The reason as the report names it: "unticked inside", "behind a link", "not removable", "locked", "damaged",
+/// and so on.
+[[nodiscard]] std::string_view reasonName(LeftReason reason);
 
 /// One line naming what was left and why: "<location>: left as it was: <reason>[ (<detail>)]".
 [[nodiscard]] std::string describe(const LeftAsItWas& left);
+
+/// The report of a clean as lines of text, for every face to show:
+/// - "Removed <location> (<size>)" for each location removed, "Emptied <location> (<size>), keeping what is
+///   unticked" for one removed but for what stays in it;
+/// - "Purged <database>: <n> rows removed" for each history database whose purge was committed;
+/// - "Left <location>: <reason name>[ (<detail>)]" for each location or database left as it was;
+/// - last, "Freed <size> in <n> locations; <n> rows removed from <n> history databases; <n> left as they were".
+/// Sizes are written as the catalogue writes them ("0 byte" for nothing).
+[[nodiscard]] std::vector<std::string> reportLines(const CleanOutcome& outcome);
 
 } // namespace tidewell

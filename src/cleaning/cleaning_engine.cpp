@@ -1,7 +1,12 @@
 #include "cleaning/cleaning_engine.hpp"
 
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
+#include "base/byte_count.hpp"
 #include "base/log.hpp"
 #include "catalogue/record_views.hpp"
 
@@ -16,20 +21,83 @@ CleanPlan planClean(const RecordList& sections) {
     for (const Section& section : sectionsOf(sections)) {
         for (const Item& item : section.items()) {
             if (!item.isTicked()) {
+                if (const UrlList* locations = item.locations()) {
+                    plan.kept.insert(plan.kept.end(), locations->begin(), locations->end());
+                }
                 continue;
             }
             if (const UrlList* locations = item.locations()) {
-                plan.push_back({*locations});
+                plan.steps.push_back({*locations, nullptr, {}, item.name()});
             } else if (item.kind() == RecordKind::HistoryItem && item.browser() != nullptr &&
                        item.browser()->history != nullptr) {
                 // One purge for each profile's database.
                 for (FileUrl& database : item.historyDatabases()) {
-                    plan.push_back({{}, item.browser()->history, std::move(database)});
+                    plan.steps.push_back({{}, item.browser()->history, std::move(database), item.name()});
                 }
             }
         }
     }
     return plan;
+}
+
+CleanPreview previewClean(const CleanPlan& plan, const DeletionBoundary& boundary, const AdultWords& words) {
+    const PlaceSet kept(boundary, plan.kept);
+    PlaceSet gone; // what earlier steps would have removed: a later step finds it gone, as the clean would
+    CleanPreview preview;
+    for (const CleanStep& step : plan.steps) {
+        if (step.history != nullptr) {
+            if (countedAsGone(boundary, step.database.path, kept, gone)) {
+                continue; // a ticked location before it takes the database away: there is nothing to purge
+            }
+            const PurgePreview purge = previewPurge(*step.history, step.database, PurgeContext{words, boundary});
+            if (purge.left) {
+                preview.left.push_back(*purge.left);
+            } else {
+                preview.databases.push_back({step.database.path, purge.matchingRows, step.item});
+            }
+            continue;
+        }
+        for (const FileUrl& location : step.locations) {
+            CleanOutcome outcome;
+            const Removal removal = previewRemoval(boundary, location, kept, gone);
+            noteRemoval(outcome, location, removal);
+            if (removal.removed || removal.someWent) {
+                gone.add(boundary, location.path);
+            }
+            for (RemovedLocation& removed : outcome.removed) {
+                preview.locations.push_back({std::move(removed.location), removed.bytes, step.item, removed.whole});
+            }
+            std::ranges::move(outcome.left, std::back_inserter(preview.left));
+        }
+    }
+    return preview;
+}
+
+std::vector<std::string> previewLines(const CleanPreview& preview) {
+    std::vector<std::string> lines;
+    std::uint64_t bytes = 0;
+    for (const PreviewedLocation& location : preview.locations) {
+        lines.push_back(fmt::format("{} {} ({}) [{}]", location.whole ? "Would remove" : "Would empty",
+                                    location.location, sizeTextFor(static_cast<std::int64_t>(location.bytes)).text,
+                                    location.item));
+        bytes += location.bytes;
+    }
+    std::int64_t rows = 0;
+    for (const PreviewedDatabase& database : preview.databases) {
+        lines.push_back(fmt::format("Would purge {}: {} matching rows [{}]", database.database, database.matchingRows,
+                                    database.item));
+        rows += database.matchingRows;
+    }
+    for (const LeftAsItWas& left : preview.left) {
+        lines.push_back(left.detail.empty() ? fmt::format("Would leave {}: {}", left.location, reasonName(left.reason))
+                                            : fmt::format("Would leave {}: {} ({})", left.location,
+                                                          reasonName(left.reason), left.detail));
+    }
+    lines.push_back(fmt::format("Would free {} in {} locations; {} matching rows in {} history databases; nothing "
+                                "was changed",
+                                sizeTextFor(static_cast<std::int64_t>(bytes)).text, preview.locations.size(), rows,
+                                preview.databases.size()));
+    return lines;
 }
 
 CleaningEngine::CleaningEngine(CleanMode mode, DeletionBoundary boundary, AdultWords words)
@@ -54,8 +122,9 @@ void CleaningEngine::clean(const CleanPlan& plan, const CleanProgress& progress)
         logLine("Remove Start");
         reapFinishedTasks();
     }
+    const PlaceSet kept(m_boundary, plan.kept);
     std::size_t total = 0;
-    for (const CleanStep& step : plan) {
+    for (const CleanStep& step : plan.steps) {
         total += step.history != nullptr ? 1 : step.locations.size();
     }
     std::size_t done = 0;
@@ -64,7 +133,7 @@ void CleaningEngine::clean(const CleanPlan& plan, const CleanProgress& progress)
             progress(++done, total);
         }
     };
-    for (const CleanStep& step : plan) {
+    for (const CleanStep& step : plan.steps) {
         if (step.history != nullptr) {
             purge(*step.history, step.database);
             advance();
@@ -72,7 +141,7 @@ void CleaningEngine::clean(const CleanPlan& plan, const CleanProgress& progress)
         }
         CleanOutcome outcome;
         for (const FileUrl& location : step.locations) {
-            removeInto(outcome, m_boundary, location);
+            removeInto(outcome, m_boundary, location, kept);
             advance();
         }
         record(std::move(outcome));

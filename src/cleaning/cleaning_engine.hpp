@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -28,6 +29,7 @@ struct CleanStep {
     UrlList locations;
     const HistorySchema* history = nullptr;
     FileUrl database = {};
+    std::string item = {}; // the item's "NameText", for the preview
 };
 
 /// What a clean will do, read from the catalogue's records on the thread that owns them, so that the clean itself
@@ -37,8 +39,40 @@ struct CleanStep {
 /// - an item with an "AllList" (even an empty one) removes its locations;
 /// - otherwise an Adult History item purges its "Path" with its browser's history schema; an item of no browser,
 ///   or without a "Path", is passed over.
-using CleanPlan = std::vector<CleanStep>;
+/// Unticked wins: every location of an item that is not ticked exactly true is kept, even where a ticked item
+/// names it or a folder that holds it (two extension versions sharing one folder; a browser's caches inside the
+/// caches folder). The rest of a ticked folder still goes.
+struct CleanPlan {
+    std::vector<CleanStep> steps;
+    UrlList kept;
+};
 [[nodiscard]] CleanPlan planClean(const RecordList& sections);
+
+/// What a clean would do, changing nothing: the locations that would go with their bytes (through the same walk
+/// and checks as the removal) and, for each history database that would be purged, the URL rows that match the
+/// word list, counted on the database opened read-only. What would be left, and why, is said as well.
+struct PreviewedLocation {
+    std::string location;
+    std::uint64_t bytes = 0;
+    std::string item;
+    bool whole = true;
+};
+struct PreviewedDatabase {
+    std::string database;
+    std::int64_t matchingRows = 0;
+    std::string item;
+};
+struct CleanPreview {
+    std::vector<PreviewedLocation> locations;
+    std::vector<PreviewedDatabase> databases;
+    std::vector<LeftAsItWas> left;
+};
+[[nodiscard]] CleanPreview previewClean(const CleanPlan& plan, const DeletionBoundary& boundary,
+                                        const AdultWords& words);
+/// The preview as lines of text: "Would remove <location> (<size>) [<item>]", "Would empty ..." for a folder
+/// emptied around what stays, "Would purge <database>: <n> matching rows [<item>]", "Would leave <location>:
+/// <reason name>", and a last line with the totals.
+[[nodiscard]] std::vector<std::string> previewLines(const CleanPreview& preview);
 
 /// How far a clean has come: steps' locations and databases done, out of all of them. Called on the cleaning thread
 /// after each.

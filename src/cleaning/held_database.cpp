@@ -263,7 +263,24 @@ HeldDatabase::Registration::~Registration() {
     heldFolders().remove(m_folderFd);
 }
 
-std::expected<HeldDatabase, DatabaseFailure> HeldDatabase::open(int folderFd, std::string_view name) {
+namespace {
+
+// A path as the path of a file: URI, the characters that URIs give a meaning written as "%XX".
+std::string uriPath(const std::string& path) {
+    std::string encoded;
+    for (const char c : path) {
+        if (c == '%' || c == '?' || c == '#') {
+            encoded += fmt::format("%{:02X}", static_cast<unsigned char>(c));
+        } else {
+            encoded += c;
+        }
+    }
+    return encoded;
+}
+
+} // namespace
+
+std::expected<HeldDatabase, DatabaseFailure> HeldDatabase::open(int folderFd, std::string_view name, bool readOnly) {
     const std::string entry(name);
     if (std::optional<DatabaseFailure> refused = refusedInFolder(folderFd, entry)) {
         return std::unexpected(std::move(*refused));
@@ -277,8 +294,21 @@ std::expected<HeldDatabase, DatabaseFailure> HeldDatabase::open(int folderFd, st
     const std::string heldName = fmt::format("{}{}/{}", kFolderPrefix, held.m_folder.get(), entry);
     t_refused.clear();
     sqlite3* db = nullptr;
-    // URI names are understood for the databases attached later; this name is a plain one (it starts with "/").
-    const int rc = sqlite3_open_v2(heldName.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, heldFolderVfs());
+    int rc = SQLITE_OK;
+    if (readOnly) {
+        // Read only ("mode=ro"). Without a log or shared memory beside it nothing else has the database open, and
+        // it is read as it stands ("immutable"), so that not even those two files are made.
+        struct stat st {};
+        bool besideFiles = false;
+        for (const char* suffix : {"-wal", "-shm"}) {
+            besideFiles = besideFiles || ::fstatat(folderFd, (entry + suffix).c_str(), &st, AT_SYMLINK_NOFOLLOW) == 0;
+        }
+        const std::string uri = fmt::format("file:{}?mode=ro{}", uriPath(heldName), besideFiles ? "" : "&immutable=1");
+        rc = sqlite3_open_v2(uri.c_str(), &db, SQLITE_OPEN_READONLY | SQLITE_OPEN_URI, heldFolderVfs());
+    } else {
+        // URI names are understood for the databases attached later; this name is a plain one (it starts with "/").
+        rc = sqlite3_open_v2(heldName.c_str(), &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_URI, heldFolderVfs());
+    }
     held.m_db.reset(db);
     if (rc != SQLITE_OK) {
         return std::unexpected(held.failure(rc));

@@ -33,9 +33,11 @@ struct DatabaseFailure {
 class HeldDatabase {
 public:
     /// Opens `name` (one plain component) in the folder open at folderFd, for reading and writing, never creating
-    /// it. The folder is duplicated and held until the connection closes. Fails when the database is not there
-    /// (`missing`), is not a plain file (NotPlainFile), or SQLite cannot open it.
-    [[nodiscard]] static std::expected<HeldDatabase, DatabaseFailure> open(int folderFd, std::string_view name);
+    /// it; with `readOnly`, for reading only (SQLite's "mode=ro"), as a preview looks. The folder is duplicated and
+    /// held until the connection closes. Fails when the database is not there (`missing`), is not a plain file
+    /// (NotPlainFile), or SQLite cannot open it.
+    [[nodiscard]] static std::expected<HeldDatabase, DatabaseFailure> open(int folderFd, std::string_view name,
+                                                                           bool readOnly = false);
 
     [[nodiscard]] sqlite3* get() const { return m_db.get(); }
 

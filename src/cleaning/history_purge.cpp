@@ -345,4 +345,41 @@ CleanOutcome purgeHistory(const HistorySchema& history, const FileUrl& path, con
     return outcome;
 }
 
+PurgePreview previewPurge(const HistorySchema& history, const FileUrl& path, const PurgeContext& context) {
+    PurgePreview preview;
+    const std::optional<std::vector<std::string>> components = context.boundary.componentsInside(path.path);
+    if (!components) {
+        preview.left = LeftAsItWas{path.path, LeftReason::OutsideBoundary, {}};
+        return preview;
+    }
+    Reach failure = Reach::Missing;
+    const UniqueFd folder = context.boundary.openFolder(std::span(*components).first(components->size() - 1), failure);
+    if (!folder.valid()) {
+        if (failure != Reach::Missing) {
+            preview.left = LeftAsItWas{path.path, leftReasonFor(failure, LeftReason::CannotOpen), {}};
+        }
+        return preview;
+    }
+    std::expected<HeldDatabase, DatabaseFailure> opened = HeldDatabase::open(folder.get(), components->back(), true);
+    if (!opened) {
+        if (!opened.error().missing) {
+            preview.left = LeftAsItWas{path.path, opened.error().reason, std::move(opened.error().detail)};
+        }
+        return preview;
+    }
+    if (!context.words || context.words->matcher().empty()) {
+        return preview;
+    }
+    sqlite3_busy_timeout(opened->get(), static_cast<int>(kHistoryBusyTimeout.count()));
+    const std::expected<std::vector<std::int64_t>, int> found =
+        matchingRows(opened->get(), history, context.words->matcher());
+    if (!found) {
+        const DatabaseFailure failed = opened->failure(found.error());
+        preview.left = LeftAsItWas{path.path, failed.reason, failed.detail};
+        return preview;
+    }
+    preview.matchingRows = static_cast<std::int64_t>(found->size());
+    return preview;
+}
+
 } // namespace tidewell

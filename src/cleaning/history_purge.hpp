@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <optional>
 
 #include "base/file_url.hpp"
 #include "cleaning/adult_words.hpp"
@@ -75,5 +76,16 @@ inline constexpr std::int64_t kPurgeMmapBound = std::int64_t{2} << 30;
 [[nodiscard]] PurgeMemory purgeMemoryFor(std::uint64_t databaseBytes);
 
 CleanOutcome purgeHistory(const HistorySchema& schema, const FileUrl& database, const PurgeContext& context);
+
+/// What a purge of the database would remove, found without changing anything: the URL rows of the schema's table
+/// that hold a word, matched as the purge matches them, on the database opened read-only through the same held
+/// folder. A database that could not be looked at is `left`, with the reason the purge would give; a missing one
+/// has no matching rows.
+struct PurgePreview {
+    std::int64_t matchingRows = 0;
+    std::optional<LeftAsItWas> left;
+};
+[[nodiscard]] PurgePreview previewPurge(const HistorySchema& schema, const FileUrl& database,
+                                        const PurgeContext& context);
 
 } // namespace tidewell

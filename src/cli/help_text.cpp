@@ -16,8 +16,13 @@ Exit status:
   3  clean: a browser whose data is ticked still runs; nothing was deleted
   4  clean: the confirmation was not answered yes; nothing was deleted
   5  clean, purge: finished; some ticked locations were left as they were (each named on standard error)
+     for a reason other than an unticked row keeping them
 
 Standard output carries only the catalogue or listing; questions, log lines and messages go to standard error.
+After a clean, standard error carries its report: what was removed and its size, the rows purged from each
+history database, what was left and why, and the totals ("clean --report FILE" writes it as JSON). "clean
+--dry-run" changes nothing and prints on standard output what a clean would remove and purge.
+Unticked wins: a ticked location is removed except what an unticked row names at the same place or inside it.
 
 Disk layouts:
   The disk is read in the fixed layout of a macOS or a Linux disk (--layout macos or linux), under the disk root

@@ -11,6 +11,7 @@
 #include "support/literal_purge.hpp"
 #include "support/sample_disk.hpp"
 #include "support/tool_run.hpp"
+#include "support/tree_checksums.hpp"
 
 namespace tidewell::cli {
 namespace {
@@ -204,6 +205,68 @@ TEST_F(CleaningCommands, PurgeAndCleanEndWithFiveNamingWhatTheyLeftAsItWas) {
     EXPECT_NE(cleaned.err.find("tidewell-cli: " + disk + "/Users/ann/Documents: left as it was: "), std::string::npos)
         << cleaned.err;
     EXPECT_TRUE(fs::exists(disk + "/Users/ann/Documents/letter.txt"));
+}
+
+// The dry run changes nothing and says what would go; the clean then reports what went on standard error after the
+// catalogue and, with --report, as JSON whose bytes add up. A ticked location behind a link is left, said so, and
+// ends the run with 5; what an unticked row keeps does not.
+TEST_F(CleaningCommands, DryRunForetellsAndTheReportSaysWhatWentAndWhatStayed) {
+    const std::string home = disk + "/Users/ann";
+    const auto before = testing::treeChecksums(disk);
+    const ToolRun dry = run({"clean", "--dry-run"}, testing::FakeRunningApps{{"Google Chrome", "Safari"}});
+    EXPECT_EQ(dry.status, 0) << dry.err;
+    EXPECT_EQ(testing::treeDifferences(before, testing::treeChecksums(disk)), "");
+    EXPECT_NE(dry.out.find("Would remove " + home + "/Library/Cookies/Cookies.binarycookies ("), std::string::npos)
+        << dry.out;
+    // Safari's history database goes with its History row before the purge would reach it: it is not listed.
+    const std::string places =
+        home + "/Library/Application Support/Firefox/Profiles/k2x9w0aq.default-release/places.sqlite";
+    EXPECT_NE(dry.out.find("Would purge " + places + ": 3 matching rows [Firefox Adult History]\n"), std::string::npos)
+        << dry.out;
+    EXPECT_EQ(dry.out.find("Would purge " + home + "/Library/Safari/History.db"), std::string::npos) << dry.out;
+    EXPECT_NE(dry.out.rfind("Would free "), std::string::npos);
+    const ToolRun dryJson = run({"clean", "--dry-run", "--json"}, nothingRuns);
+    const auto preview = nlohmann::json::parse(dryJson.out);
+    EXPECT_EQ(preview["dryRun"], true);
+    std::uint64_t previewed = 0;
+    for (const auto& location : preview["wouldRemove"]) {
+        previewed += location["bytes"].get<std::uint64_t>();
+        EXPECT_TRUE(location["url"].get<std::string>().starts_with("file://")) << location;
+    }
+    EXPECT_EQ(preview["bytesToFree"], previewed);
+    EXPECT_EQ(testing::treeDifferences(before, testing::treeChecksums(disk)), "");
+
+    // Chrome's caches folder is reached through a link now: left, and said to be behind one.
+    const std::string caches = home + "/Library/Caches/Google";
+    fs::rename(caches, disk + "/Elsewhere-Google");
+    fs::create_directory_symlink(disk + "/Elsewhere-Google", caches);
+    const std::string report = temp.path() + "/report.json";
+    const ToolRun cleaned = run({"clean", "--yes", "--report", report}, nothingRuns);
+    EXPECT_EQ(cleaned.status, 5) << cleaned.err;
+    EXPECT_TRUE(fs::exists(disk + "/Elsewhere-Google/Chrome/Default/Cache/data_1"));
+    const std::size_t freed = cleaned.err.rfind("\nFreed ");
+    ASSERT_NE(freed, std::string::npos) << cleaned.err;
+    EXPECT_NE(cleaned.err.find("\nLeft " + caches + "/Chrome: behind a link\n"), std::string::npos) << cleaned.err;
+    std::ifstream in(report);
+    const auto written = nlohmann::json::parse(in);
+    std::uint64_t bytes = 0;
+    for (const auto& removed : written["removed"]) {
+        bytes += removed["bytes"].get<std::uint64_t>();
+    }
+    EXPECT_GT(bytes, 0U);
+    EXPECT_EQ(written["bytesFreed"], bytes);
+    EXPECT_FALSE(fs::exists(home + "/Library/Cookies/Cookies.binarycookies"));
+    bool purgedFirefox = false;
+    for (const auto& purged : written["purged"]) {
+        purgedFirefox = purgedFirefox || (purged["location"] == places && purged["rowsRemoved"] == 3);
+    }
+    EXPECT_TRUE(purgedFirefox) << written.dump(1);
+    bool behindLink = false;
+    for (const auto& left : written["left"]) {
+        behindLink = behindLink || (left["location"] == caches + "/Chrome" && left["reason"] == "behind a link");
+    }
+    EXPECT_TRUE(behindLink) << written.dump(1);
+    EXPECT_EQ(run({"clean", "--yes", "--report", temp.path() + "/no/such/folder/r.json"}, nothingRuns).status, 1);
 }
 
 } // namespace
