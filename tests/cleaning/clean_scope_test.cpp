@@ -231,6 +231,12 @@ TEST(SafeRemoveCompanions, ADatabaseGoesWithItsLogJournalAndSharedMemory) {
     const Removal preview = previewRemoval(boundary, FileUrl{d.at("Profile/cookies.sqlite")});
     EXPECT_EQ(testing::treeDifferences(untouched, testing::treeChecksums(d.root())), "");
     EXPECT_EQ(preview.bytes, expected);
+    EXPECT_EQ(preview.companions.size(), 3U);
+    // A preview that already counted the log as gone (its own row came first) does not count it again.
+    PlaceSet gone;
+    gone.add(boundary, d.at("Profile/cookies.sqlite-wal"));
+    EXPECT_EQ(previewRemoval(boundary, FileUrl{d.at("Profile/cookies.sqlite")}, {}, gone).bytes,
+              expected - allocated(d.at("Profile/cookies.sqlite-wal")));
 
     const Removal removal = removeItem(boundary, FileUrl{d.at("Profile/cookies.sqlite")});
     EXPECT_TRUE(removal.removed);
