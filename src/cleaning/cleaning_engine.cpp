@@ -64,6 +64,9 @@ CleanPreview previewClean(const CleanPlan& plan, const DeletionBoundary& boundar
             if (removal.removed || removal.someWent) {
                 gone.add(boundary, location.path);
             }
+            for (const std::string& companion : removal.companions) {
+                gone.add(boundary, companion);
+            }
             for (RemovedLocation& removed : outcome.removed) {
                 preview.locations.push_back({std::move(removed.location), removed.bytes, step.item, removed.whole});
             }

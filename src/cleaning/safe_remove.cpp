@@ -308,8 +308,12 @@ Removal removeOrPreview(const DeletionBoundary& boundary, const FileUrl& locatio
                     keptCompanion != nullptr && keptCompanion->whole) {
                     continue;
                 }
+                if (dry && countedAsGone(companionPath, kept, gone)) {
+                    continue;
+                }
                 if (dry || ::unlinkat(parent.get(), companion.c_str(), 0) == 0) {
                     removal.bytes += allocatedBytes(beside);
+                    removal.companions.push_back(location.path + std::string(suffix));
                 } else if (errno != ENOENT) {
                     removal.left = LeftReason::NotRemovable; // the database went, but not all of what held its data
                 }

@@ -67,6 +67,8 @@ struct Removal {
     std::vector<std::string> kept;
     /// Something went (or, previewed, would go), though not all of it.
     bool someWent = false;
+    /// The companions of a database that went with it (or would), as paths beside the location.
+    std::vector<std::string> companions;
 
     friend bool operator==(const Removal&, const Removal&) = default;
 };
