@@ -84,9 +84,9 @@ inline double median(std::vector<double> values) {
 }
 
 /// Writes `count` files below `base`, a hundred to a folder in two levels of folders as caches keep them, with
-/// sizes from empty to a few blocks drawn from `seed`.
-inline void writeCacheFiles(const std::string& base, std::size_t count, unsigned& seed) {
-    const std::string bytes(9000, 'c');
+/// sizes from empty to just under `maxBytes` drawn from `seed`.
+inline void writeCacheFiles(const std::string& base, std::size_t count, unsigned& seed, std::size_t maxBytes = 9000) {
+    const std::string bytes(maxBytes, 'c');
     for (std::size_t i = 0; i < count; ++i) {
         const std::string folder = fmt::format("{}/{:02x}/{:04x}", base, (i / 100) % 256, i / 100);
         if (i % 100 == 0) {
