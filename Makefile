@@ -80,6 +80,7 @@ bench: deps
 	@cmake --preset release -DTIDEWELL_WERROR=$(WERROR) >/dev/null
 	@cmake --build build/release
 	build/release/bench/tidewell-bench-scan --cli build/release/src/tidewell-cli --disk build/bench-disk
+	build/release/bench/tidewell-bench-clean --cli build/release/src/tidewell-cli --disk build/bench-disk
 	build/release/bench/tidewell-bench-purge
 	build/release/bench/tidewell-bench-limits
 

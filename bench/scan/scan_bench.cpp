@@ -1,114 +1,142 @@
-// Times `tidewell-cli scan --json` against `du -s` of the same home on a disk with many cache files, side by
-// side, and reports the medians, their ratio and tidewell-cli's peak memory.
+// Times `tidewell-cli scan --json` against `du -s` of the same home, side by side in alternating runs, on two
+// homes of many cache files: a macOS home (the caches under ~/Library/Caches) and a Linux one (mostly under
+// ~/.cache). Each is timed warm and, when the benchmark may drop the page cache (as root), cold; it reports the
+// medians, their ratios, how many cores the scan kept busy and its peak memory.
 //
-//   tidewell-bench-scan --cli PATH [--disk DIR] [--files N] [--runs N]
-#include <fcntl.h>
+//   tidewell-bench-scan --cli PATH [--disk DIR] [--files N] [--runs N] [--cold-runs N]
 #include <fmt/format.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <algorithm>
-#include <chrono>
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "common/runs.hpp"
 #include "support/disk_builder.hpp"
 
 namespace {
+
+using tidewell::bench::Sample;
+using tidewell::bench::timeCommand;
+using tidewell::bench::verdict;
+
+constexpr double kWarmTarget = 0.6;
+constexpr double kColdTarget = 1.0;
+constexpr long kPeakTargetKiB = 64 * 1024;
 
 struct Options {
     std::string cli;
     std::string disk = "build/bench-disk";
     std::size_t files = 300000;
     int runs = 5;
+    int coldRuns = 3;
 };
 
-struct Sample {
-    double seconds = 0;
-    long peakKiB = 0;
-};
+// Where a home keeps its cache files, with the share of the files each holds.
+using Shares = std::vector<std::pair<std::string, double>>;
 
-// Spreads the files over the browsers' caches and other applications' caches, a hundred to a folder, with sizes
-// from empty to a few blocks.
-void buildDisk(const Options& options) {
-    tidewell::testing::removeTree(options.disk);
-    tidewell::testing::DiskBuilder d(options.disk);
+void writeShares(tidewell::testing::DiskBuilder& d, const Shares& shares, std::size_t files) {
+    std::size_t made = 0;
+    unsigned seed = 12345;
+    for (std::size_t c = 0; c < shares.size(); ++c) {
+        const std::size_t count = c + 1 == shares.size()
+                                      ? files - made
+                                      : static_cast<std::size_t>(static_cast<double>(files) * shares[c].second);
+        tidewell::bench::writeCacheFiles(d.at(shares[c].first), count, seed);
+        made += count;
+    }
+}
+
+void buildMacosDisk(const std::string& root, std::size_t files) {
+    tidewell::testing::DiskBuilder d(root);
     d.allApps();
     d.chromeLocalState({{"Default", "Person 1"}});
     d.folder("Library/Application Support/Firefox/Profiles/ab12.default-release");
-    const std::vector<std::pair<std::string, double>> caches{{"Library/Caches/com.apple.Safari", 0.25},
-                                                             {"Library/Caches/Google/Chrome/Default/Cache", 0.25},
-                                                             {"Library/Caches/Firefox/Profiles/ab12/cache2", 0.15},
-                                                             {"Library/Caches/com.example.editor", 0.20},
-                                                             {"Library/Caches/com.example.music/blobs", 0.15}};
-    std::size_t made = 0;
-    unsigned seed = 12345;
-    for (std::size_t c = 0; c < caches.size(); ++c) {
-        const std::size_t count = c + 1 == caches.size()
-                                      ? options.files - made
-                                      : static_cast<std::size_t>(static_cast<double>(options.files) * caches[c].second);
-        const std::string base = d.at(caches[c].first);
-        for (std::size_t i = 0; i < count; ++i) {
-            const std::string folder = fmt::format("{}/{:02x}/{:04x}", base, (i / 100) % 256, i / 100);
-            if (i % 100 == 0) {
-                std::filesystem::create_directories(folder);
-            }
-            seed = seed * 1103515245U + 12345U;
-            const std::size_t size = (seed >> 16U) % 9000;
-            const int fd = ::open(fmt::format("{}/f{}", folder, i).c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
-            if (fd >= 0) {
-                const std::string bytes(size, 'c');
-                if (::write(fd, bytes.data(), bytes.size()) < 0) {
-                    std::perror("write");
-                }
-                ::close(fd);
-            }
-        }
-        made += count;
-    }
+    writeShares(d, {{"Library/Caches/com.apple.Safari", 0.25},
+                    {"Library/Caches/Google/Chrome/Default/Cache", 0.25},
+                    {"Library/Caches/Firefox/Profiles/ab12/cache2", 0.15},
+                    {"Library/Caches/com.example.editor", 0.20},
+                    {"Library/Caches/com.example.music/blobs", 0.15}},
+                files);
     d.file("Library/Logs/system.log", 40000);
-    std::ofstream(options.disk + "/.complete") << options.files << '\n';
 }
 
-bool diskIsReady(const Options& options) {
-    std::ifstream marker(options.disk + "/.complete");
+// Nine tenths under ~/.cache (browsers, thumbnails, other programs), the rest in Chrome's service worker caches,
+// which stay in its profile under ~/.config.
+void buildLinuxDisk(const std::string& root, std::size_t files) {
+    tidewell::testing::DiskBuilder d(root, "ann", tidewell::linuxLayout());
+    d.chromeLocalState({{"Default", "Person 1"}}, ".config/google-chrome");
+    d.text(".mozilla/firefox/profiles.ini",
+           "[Profile0]\nName=default-release\nIsRelative=1\nPath=ab12.default-release\nDefault=1\n");
+    d.folder(".mozilla/firefox/ab12.default-release");
+    writeShares(d, {{".cache/google-chrome/Default/Cache/Cache_Data", 0.25},
+                    {".cache/mozilla/firefox/ab12.default-release/cache2/entries", 0.15},
+                    {".cache/thumbnails/normal", 0.10},
+                    {".cache/pip/http", 0.20},
+                    {".cache/com.example.music/blobs", 0.20},
+                    {".config/google-chrome/Default/Service Worker/CacheStorage", 0.10}},
+                files);
+    d.file(".xsession-errors", 40000);
+}
+
+struct Layout {
+    std::string name;
+    std::string homes;
+    void (*build)(const std::string&, std::size_t);
+};
+
+// A disk is kept between runs of the benchmark; the marker says how many files it was built with.
+std::string readyDisk(const Options& options, const Layout& layout) {
+    const std::string root = options.disk + "/" + layout.name;
     std::size_t files = 0;
-    return static_cast<bool>(marker >> files) && files == options.files;
+    if (std::ifstream marker(root + "/.complete"); marker >> files && files == options.files) {
+        return root;
+    }
+    fmt::print("building a {} disk with {} cache files under {} ...\n", layout.name, options.files, root);
+    std::fflush(stdout);
+    tidewell::testing::removeTree(root);
+    layout.build(root, options.files);
+    std::ofstream(root + "/.complete") << options.files << '\n';
+    return root;
 }
 
-Sample timeCommand(const std::vector<std::string>& argv) {
-    const auto start = std::chrono::steady_clock::now();
-    const pid_t pid = ::fork();
-    if (pid == 0) {
-        const int devNull = ::open("/dev/null", O_WRONLY);
-        ::dup2(devNull, STDOUT_FILENO);
-        std::vector<char*> args;
-        for (const std::string& arg : argv) {
-            args.push_back(const_cast<char*>(arg.c_str()));
+struct Figures {
+    double du = 0;
+    double scan = 0;
+    double cores = 0;
+    long peakKiB = 0;
+
+    [[nodiscard]] double ratio() const { return scan / du; }
+};
+
+// du and the scan in turn, `runs` times, each after a drop of the page cache when cold.
+Figures timeSideBySide(const std::vector<std::string>& du, const std::vector<std::string>& scan, int runs,
+                       bool cold, long& peakKiB) {
+    std::vector<double> duTimes;
+    std::vector<double> scanTimes;
+    std::vector<double> cores;
+    for (int run = 0; run < runs; ++run) {
+        if (cold) {
+            tidewell::bench::dropCaches();
         }
-        args.push_back(nullptr);
-        ::execvp(args[0], args.data());
-        ::_exit(127);
+        duTimes.push_back(timeCommand(du).seconds);
+        if (cold) {
+            tidewell::bench::dropCaches();
+        }
+        const Sample sample = timeCommand(scan);
+        scanTimes.push_back(sample.seconds);
+        cores.push_back(sample.cpuSeconds / sample.seconds);
+        peakKiB = std::max(peakKiB, sample.peakKiB);
     }
-    int status = 0;
-    rusage usage{};
-    ::wait4(pid, &status, 0, &usage);
-    const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
-        std::fprintf(stderr, "%s failed\n", argv[0].c_str());
-        std::exit(1);
-    }
-    return {elapsed.count(), usage.ru_maxrss};
+    return {tidewell::bench::median(duTimes), tidewell::bench::median(scanTimes), tidewell::bench::median(cores),
+            peakKiB};
 }
 
-double median(std::vector<double> values) {
-    std::ranges::sort(values);
-    return values[values.size() / 2];
+void printFigures(const char* what, int runs, const Figures& f, double target) {
+    fmt::print("  {}, median of {}: du -s {:.3f} s, tidewell-cli scan {:.3f} s ({:.1f} cores busy), "
+               "ratio {:.2f}x, target <= {:.2f}x: {}\n",
+               what, runs, f.du, f.scan, f.cores, f.ratio(), target, verdict(f.ratio() <= target));
 }
 
 } // namespace
@@ -126,41 +154,45 @@ int main(int argc, char** argv) {
             options.files = std::stoul(value);
         } else if (flag == "--runs") {
             options.runs = std::stoi(value);
+        } else if (flag == "--cold-runs") {
+            options.coldRuns = std::stoi(value);
         }
     }
-    if (options.cli.empty()) {
-        std::fprintf(stderr, "usage: tidewell-bench-scan --cli PATH [--disk DIR] [--files N] [--runs N]\n");
+    if (options.cli.empty() || options.runs < 1) {
+        std::fprintf(stderr, "usage: tidewell-bench-scan --cli PATH [--disk DIR] [--files N] [--runs N] "
+                             "[--cold-runs N]\n");
         return 2;
     }
     options.disk = std::filesystem::absolute(options.disk).string();
-    if (!diskIsReady(options)) {
-        fmt::print("building a disk with {} cache files under {} ...\n", options.files, options.disk);
-        std::fflush(stdout);
-        buildDisk(options);
-    }
-    const std::string home = options.disk + "/Users/ann";
-    const std::vector<std::string> du{"du", "-s", home};
-    const std::vector<std::string> scan{options.cli, "--root", options.disk, "--user", "ann", "scan", "--json"};
+    const bool cold = tidewell::bench::canDropCaches();
 
-    timeCommand(du); // warm the caches of both
-    timeCommand(scan);
-    std::vector<double> duTimes;
-    std::vector<double> scanTimes;
-    long peakKiB = 0;
-    for (int run = 0; run < options.runs; ++run) {
-        duTimes.push_back(timeCommand(du).seconds);
-        const Sample sample = timeCommand(scan);
-        scanTimes.push_back(sample.seconds);
-        peakKiB = std::max(peakKiB, sample.peakKiB);
+    const std::vector<Layout> layouts{{"macos", "/Users", buildMacosDisk}, {"linux", "/home", buildLinuxDisk}};
+    std::vector<double> warmRatios;
+    for (const Layout& layout : layouts) {
+        const std::string root = readyDisk(options, layout);
+        const std::string home = root + layout.homes + "/ann";
+        const std::vector<std::string> du{"du", "-s", home};
+        const std::vector<std::string> scan{options.cli, "--root", root, "--user", "ann",
+                                            "--layout", layout.name, "scan", "--json"};
+        timeCommand(du); // warms the caches for both
+        timeCommand(scan);
+        long peakKiB = 0;
+        const Figures warm = timeSideBySide(du, scan, options.runs, false, peakKiB);
+        fmt::print("scan bench, {} home of {} cache files:\n", layout.name, options.files);
+        printFigures("warm", options.runs, warm, kWarmTarget);
+        if (cold && options.coldRuns > 0) {
+            const Figures coldFigures = timeSideBySide(du, scan, options.coldRuns, true, peakKiB);
+            printFigures("cold", options.coldRuns, coldFigures, kColdTarget);
+        }
+        fmt::print("  peak memory of the scan {:.1f} MiB, target <= 64 MiB: {}\n",
+                   static_cast<double>(peakKiB) / 1024.0, verdict(peakKiB <= kPeakTargetKiB));
+        std::fflush(stdout);
+        warmRatios.push_back(warm.ratio());
     }
-    const double duMedian = median(duTimes);
-    const double scanMedian = median(scanTimes);
-    const double ratio = scanMedian / duMedian;
-    fmt::print("scan bench: {} cache files, median of {} warm runs\n", options.files, options.runs);
-    fmt::print("  du -s                  {:8.3f} s\n", duMedian);
-    fmt::print("  tidewell-cli scan      {:8.3f} s\n", scanMedian);
-    fmt::print("  ratio (tidewell / du)  {:8.2f}x   target <= 1.00x: {}\n", ratio, ratio <= 1.0 ? "met" : "NOT met");
-    fmt::print("  peak memory            {:8.1f} MiB target <= 64 MiB: {}\n", static_cast<double>(peakKiB) / 1024.0,
-               peakKiB <= 64 * 1024 ? "met" : "NOT met");
+    if (!cold) {
+        fmt::print("  cold runs skipped: dropping the page cache needs root (/proc/sys/vm/drop_caches)\n");
+    }
+    fmt::print("  linux warm ratio {:.2f}x at or below the macos one {:.2f}x: {}\n", warmRatios[1], warmRatios[0],
+               verdict(warmRatios[1] <= warmRatios[0]));
     return 0;
 }
