@@ -31,6 +31,10 @@ nlohmann::ordered_json toJson(const UrlList& urls) {
     return array;
 }
 
+std::string jsonText(const nlohmann::ordered_json& json) {
+    return json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
 nlohmann::ordered_json toJson(const RecordList& records) {
     auto array = nlohmann::ordered_json::array();
     for (const RecordPtr& record : records) {

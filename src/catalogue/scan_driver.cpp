@@ -46,6 +46,7 @@ void ScanDriver::startScan() {
         std::lock_guard lock(m_scanMutex);
         generation = ++m_generation;
         m_measuredBytes = 0;
+        m_unlocatedBytes = 0;
         m_measuredLocations.clear();
         m_catalogue.clear();
     }
@@ -110,13 +111,16 @@ void ScanDriver::runScan(const std::stop_token& stop, std::uint64_t generation) 
                 return;
             }
             m_catalogue.append(std::move(outcome.section));
-            if (m_disk.layout().countNestedOnce) {
+            // The total counts each place once on every layout, whatever the sections' own sizes do: a location
+            // inside another (a cache inside the caches folder) or listed twice adds nothing more. A section that
+            // names no locations adds its size as it is.
+            if (outcome.locations.empty()) {
+                m_unlocatedBytes += outcome.bytes;
+            } else {
                 m_measuredLocations.insert(m_measuredLocations.end(), outcome.locations.begin(),
                                            outcome.locations.end());
-                m_measuredBytes = bytesCountedOnce(m_measuredLocations);
-            } else {
-                m_measuredBytes += outcome.bytes;
             }
+            m_measuredBytes = m_unlocatedBytes + bytesCountedOnce(m_measuredLocations);
         }
         if (outcome.handOver && !handOver(stop, [this] { m_observer.sectionsChanged(); })) {
             return;

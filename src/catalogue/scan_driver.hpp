@@ -95,8 +95,8 @@ public:
     void setScanRunning(bool running) { m_scanRunning = running; }
 
     /// The measured total of the sections of the current scan so far.
-    /// The total of the sections so far: their sizes added up, or on a layout that counts nested locations once,
-    /// every place they measure counted once.
+    /// The total of the sections so far, on every layout: every place they measure counted once (a location
+    /// inside another, or repeated, adds nothing more), plus the sizes of sections that name no locations.
     [[nodiscard]] std::int64_t measuredBytes() const;
 
     /// Waits until the current scan thread has ended (for callers without an event loop of their own).
@@ -123,6 +123,7 @@ private:
     std::uint64_t m_generation = 0;
     std::int64_t m_measuredBytes = 0;
     std::vector<MeasuredLocation> m_measuredLocations;
+    std::int64_t m_unlocatedBytes = 0;
     std::jthread m_thread;
     std::vector<std::jthread> m_replaced; // stopped, joined at the next start (at most the one put off)
     bool m_handingOver = false;           // main thread only

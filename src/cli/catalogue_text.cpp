@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 #include <fmt/ostream.h>
 
+#include <algorithm>
 #include <ostream>
 
 #include "base/byte_count.hpp"
@@ -43,8 +44,9 @@ void printSection(std::ostream& out, const RecordPtr& record) {
     }
 }
 
-void printTotal(std::ostream& out, std::int64_t bytes, std::size_t sections) {
-    fmt::print(out, "Total: {} in {} section{}\n", formatByteCount(bytes), sections, sections == 1 ? "" : "s");
+void printTotal(std::ostream& out, std::int64_t bytes, const RecordList& sections) {
+    const auto count = std::ranges::count_if(sections, [](const RecordPtr& s) { return !Section(s).isPromotion(); });
+    fmt::print(out, "Total: {} in {} section{}\n", sizeTextFor(bytes).text, count, count == 1 ? "" : "s");
 }
 
 } // namespace tidewell::cli

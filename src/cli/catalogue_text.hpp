@@ -12,7 +12,8 @@ namespace tidewell::cli {
 /// caption are indented a little more. The promotion row is one line of its own.
 void printSection(std::ostream& out, const RecordPtr& section);
 
-/// The closing line of a scan: the measured total and the number of sections.
-void printTotal(std::ostream& out, std::int64_t bytes, std::size_t sections);
+/// The closing line of a scan: the measured total, written as the sections write their sizes ("0 byte" for
+/// nothing), and the number of sections (the promotion row is not one).
+void printTotal(std::ostream& out, std::int64_t bytes, const RecordList& sections);
 
 } // namespace tidewell::cli

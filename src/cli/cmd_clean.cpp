@@ -159,9 +159,9 @@ public:
     void reportCleaned(const CleanOutcome& outcome) override {
         CliIo& io = m_context.io;
         if (m_json) {
-            io.out << toJson(m_session.catalogue().snapshot()).dump(2) << '\n';
+            io.out << jsonText(toJson(m_session.catalogue().snapshot())) << '\n';
         } else {
-            printTotal(io.out, m_session.driver().measuredBytes(), m_session.catalogue().size());
+            printTotal(io.out, m_session.driver().measuredBytes(), m_session.catalogue().snapshot());
         }
         io.out.flush();
         for (const std::string& line : reportLines(outcome)) {

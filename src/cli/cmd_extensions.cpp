@@ -107,7 +107,7 @@ CommandRunner addExtensionsCommand(CLI::App& app) {
                     all[std::string(key)] = browser->records ? toJson(*browser->records) : nlohmann::ordered_json();
                 }
             }
-            out << all.dump(2) << '\n';
+            out << jsonText(all) << '\n';
             return static_cast<int>(kExitOk);
         }
         for (const Listed& browser : listed) {

@@ -29,7 +29,7 @@ CommandRunner addScanCommand(CLI::App& app) {
         session.scan();
         const Catalogue& catalogue = session.catalogue();
         if (streaming) {
-            printTotal(out, session.driver().measuredBytes(), catalogue.size());
+            printTotal(out, session.driver().measuredBytes(), catalogue.snapshot());
         }
 
         const auto applied = applyTicks(*command, ticks, catalogue);
@@ -37,7 +37,7 @@ CommandRunner addScanCommand(CLI::App& app) {
             return reportUsageError(context.io, applied.error());
         }
         if (*json) {
-            out << toJson(catalogue.snapshot()).dump(2) << '\n';
+            out << jsonText(toJson(catalogue.snapshot())) << '\n';
         } else if (*applied > 0) {
             out << "\nAfter the ticks:\n";
             for (const RecordPtr& section : catalogue.snapshot()) {

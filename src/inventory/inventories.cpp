@@ -9,6 +9,7 @@
 
 #include "base/folder_walk.hpp"
 #include "base/folders.hpp"
+#include "catalogue/items.hpp"
 #include "catalogue/record_keys.hpp"
 #include "inventory/extension_metadata.hpp"
 #include "layout/locations.hpp"
@@ -107,8 +108,14 @@ std::vector<FirefoxExtension> firefoxExtensions(const DiskRoot& disk, const Brow
         anchors.profile = &profile;
         const std::string within = locationOf(browser.extensions, anchors).path;
         for (FirefoxAddOn& addOn : firefoxAddOnsFromJson(*database)) {
+            // A location recorded in the home as the running system named it is taken where it lies on this disk,
+            // when no link stands on the way to it there; the record keeps the path as Firefox wrote it.
             FileUrl location{addOn.location, within};
-            const std::int64_t bytes = sizes.measureFolder(addOn.location).bytes;
+            const std::optional<std::string> onDisk = disk.recordedInHome(addOn.location);
+            if (onDisk && !behindALink(disk.homePath(), *onDisk)) {
+                location.path = *onDisk;
+            }
+            const std::int64_t bytes = sizes.measureFolder(location.path).bytes;
             extensions.push_back({makeRecord({{keys::kExtensionLocation, std::move(addOn.location)},
                                               {keys::kExtensionVersion, std::move(addOn.version)},
                                               {keys::kExtensionName, std::move(addOn.name)},

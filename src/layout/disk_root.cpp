@@ -105,6 +105,26 @@ std::string DiskRoot::resolve(std::string_view absolutePath) const {
     return out.empty() ? std::string("/") : out;
 }
 
+std::optional<std::string> DiskRoot::recordedInHome(std::string_view recorded) const {
+    const std::string asRecorded = joinPath(m_layout->homes, m_login);
+    if (!recorded.starts_with(asRecorded) || recorded.size() <= asRecorded.size() + 1 ||
+        recorded[asRecorded.size()] != '/') {
+        return std::nullopt;
+    }
+    const std::optional<std::vector<std::string>> below = strictComponents(recorded.substr(asRecorded.size()));
+    if (!below) {
+        return std::nullopt;
+    }
+    if (m_root.empty()) {
+        return std::string(recorded);
+    }
+    std::string path = homePath();
+    for (const std::string& component : *below) {
+        path = joinPath(path, component);
+    }
+    return path;
+}
+
 std::string DiskRoot::homePath() const {
     if (!m_home.empty()) {
         return m_home;

@@ -59,6 +59,14 @@ public:
     /// A location relative to the home folder.
     [[nodiscard]] FileUrl inHome(std::string_view relative) const { return homeUrl().appending(relative); }
 
+    /// A path another program recorded on this disk when it was the running system's ("/Users/ann/Library/..."),
+    /// as it lies under the root: the home as the layout names it (<homes>/<login name>) replaced by the home
+    /// folder. Only a path strictly inside that home is taken, each component below it a plain name (no "..",
+    /// ".", empty component or NUL byte, which the kernel would read otherwise), so the result never leaves the
+    /// home. On the root "/" the recorded path is already where it lies, and is given back unchanged. Nothing for
+    /// any other path.
+    [[nodiscard]] std::optional<std::string> recordedInHome(std::string_view recorded) const;
+
     /// The file-existence test the builders make on an application ("/Applications/Safari.app"): true when
     /// something exists at the resolved path (links followed, as a presence test should).
     [[nodiscard]] bool exists(std::string_view absolutePath) const;

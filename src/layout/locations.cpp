@@ -1,10 +1,7 @@
 #include "layout/locations.hpp"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
 
 #include "base/folders.hpp"
 
@@ -15,18 +12,6 @@ namespace {
 bool containsIgnoringCase(std::string_view text, std::string_view needle) {
     const auto lower = [](unsigned char c) { return std::tolower(c); };
     return !std::ranges::search(text, needle, {}, lower, lower).empty();
-}
-
-std::string currentFolder() {
-    std::string buffer(4096, '\0');
-    while (::getcwd(buffer.data(), buffer.size()) == nullptr) {
-        if (errno != ERANGE) {
-            return "/";
-        }
-        buffer.resize(buffer.size() * 2);
-    }
-    buffer.resize(std::char_traits<char>::length(buffer.c_str()));
-    return buffer;
 }
 
 FileUrl anchorFolder(Anchor anchor, const AnchorFolders& anchors) {
@@ -49,11 +34,8 @@ FileUrl anchorFolder(Anchor anchor, const AnchorFolders& anchors) {
     return anchors.disk.homeUrl();
 }
 
-// The folder a list of entries is read from: the folder, or its URL text taken for a path.
-std::string listedFolder(const FileUrl& folder, const Location& location) {
-    return location.listedThroughUrlText ? urlTextAsPath(folder) : folder.path;
-}
-
+// The entries themselves are the locations, never the folder that holds them: a clean empties the folder and
+// keeps it (the trash, an application's caches).
 void appendEntries(UrlList& list, const std::string& folder) {
     for (const std::string& name : listFolderNames(folder)) {
         list.push_back(FileUrl{joinPath(folder, name)});
@@ -91,12 +73,12 @@ void appendExpanded(UrlList& list, const Location& location, const AnchorFolders
         list.push_back(at);
         return;
     case Expansion::Entries:
-        appendEntries(list, listedFolder(at, location));
+        appendEntries(list, at.path);
         return;
     case Expansion::EntriesInEach:
         for (const std::string& entry : listFolderNames(at.path)) {
             if (entry != ".DS_Store") {
-                appendEntries(list, joinPath(joinPath(listedFolder(at, location), entry), location.inner));
+                appendEntries(list, joinPath(joinPath(at.path, entry), location.inner));
             }
         }
         return;
@@ -117,20 +99,5 @@ void appendExpanded(UrlList& list, const Location& location, const AnchorFolders
     }
 }
 
-std::string urlTextAsPath(const FileUrl& folder) {
-    // A folder's URL text ends with a slash; read as a path it is relative, so it is taken from the current
-    // folder, and the path form drops repeated and trailing slashes.
-    const std::string joined = currentFolder() + "/" + folder.text() + "/";
-    std::string path;
-    for (const char c : joined) {
-        if (c != '/' || path.empty() || path.back() != '/') {
-            path.push_back(c);
-        }
-    }
-    while (path.size() > 1 && path.back() == '/') {
-        path.pop_back();
-    }
-    return path;
-}
 
 } // namespace tidewell

@@ -33,9 +33,4 @@ struct AnchorFolders {
 /// there now, in the order the file system lists them.
 void appendExpanded(UrlList& list, const Location& location, const AnchorFolders& anchors);
 
-/// The path that a folder's file URL text names when read back as a path: it starts with the URL scheme, not a
-/// slash, so it is relative and taken below the current folder ("<cwd>/file:/Users/ann/Library/Containers"). It
-/// names no folder of the disk.
-[[nodiscard]] std::string urlTextAsPath(const FileUrl& folder);
-
 } // namespace tidewell

@@ -143,14 +143,14 @@ const DiskLayout& macosLayout() {
             {
                 {"System Cache Files", {{Anchor::Home, "Library/Caches"}}},
                 {"Applications Cache Files",
-                 {{Anchor::Home, "Library/Containers", Expansion::EntriesInEach, "Data/Library/Caches", true}}},
+                 {{Anchor::Home, "Library/Containers", Expansion::EntriesInEach, "Data/Library/Caches"}}},
                 {"System Log Files", {{Anchor::Home, "Library/Logs"}}},
                 {"Applications Log Files",
-                 {{Anchor::Home, "Library/Containers", Expansion::EntriesInEach, "Data/Library/Logs", true}}},
+                 {{Anchor::Home, "Library/Containers", Expansion::EntriesInEach, "Data/Library/Logs"}}},
                 {"System Downloads Log",
                  {{Anchor::Home, "Library/Preferences", Expansion::EntriesNamedLike,
                    "com.apple.LaunchServices.QuarantineEventsV"}}},
-                {"Trash Files", {{Anchor::Home, ".Trash", Expansion::Entries, {}, true}}},
+                {"Trash Files", {{Anchor::Home, ".Trash", Expansion::Entries}}},
             },
     };
 

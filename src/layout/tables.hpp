@@ -32,10 +32,6 @@ struct Location {
     std::string_view path;
     Expansion expansion = Expansion::Itself;
     std::string_view inner = {};
-    /// The folders whose entries make the list are taken at the path that their file URL's text names when read
-    /// back as a path: relative ("file:/Users/..."), so below the current folder. It names no folder of the disk,
-    /// and such a list is empty: what the macOS System section's container and trash items have always shown.
-    bool listedThroughUrlText = false;
 };
 
 /// One item of a source's table: its name and its locations, in order.

@@ -139,7 +139,7 @@ BuilderOutcome sourceSection(ScanEnv& env, const SourceTable& table) {
 }
 
 BuilderOutcome measuredSection(ScanEnv& env, std::string name, RecordList items, std::string image, RecordRole role) {
-    const MeasuredItems measured = measureItems(items, env.sizes);
+    const MeasuredItems measured = measureItems(items, env.sizes, env.disk.homePath());
     const std::int64_t bytes =
         env.disk.layout().countNestedOnce ? bytesCountedOnce(measured.locations) : measured.bytes;
     const SizeText size = sizeTextFor(bytes);

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
+#include <regex>
 #include <sstream>
 
 #include "cli/cli.hpp"
@@ -117,6 +118,34 @@ TEST_F(CleaningCommands, PurgeRunsTheHourlyPurgeOnceUnlessABrowserRuns) {
     EXPECT_TRUE(refused.err.starts_with("tidewell-cli: '" + words.path() + "/nested.plist': the word list "))
         << refused.err;
     EXPECT_EQ(home(), unpurged);
+}
+
+// With only the System section's container and trash items ticked, a clean removes exactly the entries of every
+// container's caches and logs and of the trash; the folders themselves and everything else stay.
+TEST_F(CleaningCommands, CleanEmptiesTheContainersCachesAndLogsAndTheTrashKeepingTheFolders) {
+    const std::string home = "Users/ann/";
+    const std::string notes = home + "Library/Containers/com.example.notes/Data/Library/";
+    testing::DiskBuilder(disk)
+        .file("Library/Containers/org.example.paint/Data/Library/Caches/tiles/1.png", 30000)
+        .file(".Trash/Old Folder/inside.txt", 7000);
+    const auto before = testing::treeChecksums(disk);
+    const ToolRun cleaned =
+        run({"clean", "--yes", "--untick", "Safari", "--untick", "Chrome", "--untick", "Firefox", "--untick",
+             "Adult History", "--untick", "System", "--untick", "Mail", "--untick", "Flash", "--tick",
+             "System/Applications Cache Files", "--tick", "System/Applications Log Files", "--tick",
+             "System/Trash Files"},
+            nothingRuns);
+    ASSERT_EQ(cleaned.status, 0) << cleaned.err;
+    auto expected = before;
+    // Below the trash, or below Data/Library/Caches or Logs of any container.
+    const std::regex inside(home + R"((\.Trash|Library/Containers/[^/]+/Data/Library/(Caches|Logs))/.+)");
+    const auto emptied = [&](const std::string& path) { return std::regex_match(path, inside); };
+    const std::size_t removed = std::erase_if(expected, [&](const auto& entry) { return emptied(entry.first); });
+    EXPECT_GE(removed, 10U);
+    for (const std::string& kept : {notes + "Caches", notes + "Logs", home + ".Trash"}) {
+        ASSERT_TRUE(expected.contains(kept)) << kept;
+    }
+    EXPECT_EQ(testing::treeDifferences(expected, testing::treeChecksums(disk)), "");
 }
 
 // Unticking the "Adult History" section unticks its items, so a clean purges no history database; ticked, it does.

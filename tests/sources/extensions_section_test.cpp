@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 
 #include "base/folders.hpp"
 #include "catalogue/record_json.hpp"
@@ -100,6 +101,57 @@ TEST_F(ExtensionsSection, ABrowserWithNothingListedKeepsOnlyItsResetFiles) {
     EXPECT_EQ(itemNames(section), std::vector<std::string>{"Reset Browsers Preferences to Defaults"});
     EXPECT_EQ(locationPaths(lastRow(section)),
               std::vector<std::string>{d.at("Library/Safari/Configurations.plist.signed")});
+}
+
+// Add-ons Firefox recorded while the disk was the running system's ("/Users/ann/...", "/home/ann/...") are found
+// under the root, measured and listed; a recorded path that climbs out of the home, passes a link or names
+// another home is never taken there.
+TEST(FirefoxAddOnsOnAnotherRoot, RecordedHomePathsAreResolvedUnderTheRootAndStayInsideTheHome) {
+    for (const DiskLayout* layout : {&macosLayout(), &linuxLayout()}) {
+        SCOPED_TRACE(layout->name);
+        TempFolder temp;
+        DiskBuilder d(temp.path(), "ann", *layout);
+        const bool macos = layout == &macosLayout();
+        const std::string profiles = macos ? kProfiles : ".mozilla/firefox/";
+        const std::string recordedHome = std::string(layout->homes) + "/ann/";
+        if (macos) {
+            d.app("/Applications/Firefox.app");
+        } else {
+            d.text(profiles + "profiles.ini", "[Profile0]\nName=default\nIsRelative=1\nPath=p.default\n");
+        }
+        d.file(profiles + "p.default/extensions/kept@example.org/kept.js", 30000)
+            .file("/elsewhere/extensions/linked@example.org/x.js", 100)
+            .link(profiles + "p.default/linked", d.at("/elsewhere"))
+            .file(std::string(layout->homes) + "/bob/extensions/other@example.org/x.js", 100);
+        nlohmann::json addons = nlohmann::json::array();
+        const std::vector<std::pair<std::string, std::string>> recorded{
+            {"Kept", recordedHome + profiles + "p.default/extensions/kept@example.org"},
+            {"Linked", recordedHome + profiles + "p.default/linked/extensions/linked@example.org"},
+            {"Climbs", recordedHome + profiles + "../../../../../bob/extensions/other@example.org"},
+            {"Other home", std::string(layout->homes) + "/bob/extensions/other@example.org"},
+            {"Almost", std::string(layout->homes) + "/annex/x"},
+        };
+        for (const auto& [name, path] : recorded) {
+            addons.push_back({{"defaultLocale", {{"name", name}}}, {"version", "1"}, {"path", path}});
+        }
+        d.text(profiles + "p.default/extensions.json", nlohmann::json{{"addons", addons}}.dump());
+
+        const RecordPtr section = runBuilder(buildBrowserExtensionsSection, d.disk()).section;
+        const std::vector<std::string> names = itemNames(section);
+        EXPECT_EQ(std::vector<std::string>(names.end() - 3, names.end()),
+                  (std::vector<std::string>{"Firefox Extensions", "Kept v1", "Reset Browsers Preferences to Defaults"}));
+        const Item kept = Section(section).items().at(names.size() - 2);
+        EXPECT_EQ(locationPaths(kept), std::vector<std::string>{d.at(profiles + "p.default/extensions/kept@example.org")});
+
+        // The recorded path is resolved only inside the home, a component at a time.
+        const DiskRoot disk = d.disk();
+        EXPECT_EQ(disk.recordedInHome(recordedHome + "a/b"), d.at("a/b"));
+        for (const std::string& wrong : {recordedHome, recordedHome + "a/../../bob", recordedHome + "a//b",
+                                         recordedHome + "./a", recordedHome + std::string("a\0b", 3),
+                                         std::string(layout->homes) + "/annex/a", std::string("relative/a")}) {
+            EXPECT_FALSE(disk.recordedInHome(wrong)) << wrong;
+        }
+    }
 }
 
 } // namespace

@@ -1,11 +1,9 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <algorithm>
 
 #include "base/byte_count.hpp"
 #include "base/folders.hpp"
-#include "layout/locations.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
 #include "support/sample_disk.hpp"
@@ -18,23 +16,6 @@ using testing::itemNames;
 using testing::locationPaths;
 using testing::sectionOn;
 using Paths = std::vector<std::string>;
-
-// Runs the test from a chosen current folder and goes back afterwards.
-class InFolder {
-public:
-    explicit InFolder(const std::string& folder) : m_previous(::get_current_dir_name()) {
-        EXPECT_EQ(::chdir(folder.c_str()), 0);
-    }
-    ~InFolder() {
-        EXPECT_EQ(::chdir(m_previous), 0);
-        std::free(m_previous);
-    }
-    InFolder(const InFolder&) = delete;
-    InFolder& operator=(const InFolder&) = delete;
-
-private:
-    char* m_previous;
-};
 
 // The exact items and locations of each section on a full disk are in the sample disk's recorded outputs; these
 // are the rules behind them.
@@ -160,42 +141,53 @@ TEST_F(SourceSections, FirefoxCleansTheFirstProfileNamedDefaultInListingOrder) {
                      d.at(profiles + first + "/prefs.js")}));
 }
 
-TEST_F(SourceSections, SystemListsQuarantineRecordsButItsContainerAndTrashListingsNameNoFolder) {
-    const std::string containers = "Library/Containers";
+// The containers' caches and logs and the trash are listed entry by entry from the real folders, so a clean
+// empties them and keeps the folders; each item's size is what its entries hold.
+TEST_F(SourceSections, SystemListsQuarantineRecordsAndTheEntriesOfTheContainersCachesLogsAndTheTrash) {
+    const std::string containers = "Library/Containers/";
     d.file("Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2", 100)
         .file("Library/Preferences/COM.APPLE.LAUNCHSERVICES.QUARANTINEEVENTSV2-journal", 100)
         .file("Library/Preferences/com.apple.LaunchServices.plist", 100);
-    d.file(containers + "/com.example.notes/Data/Library/Caches/index.db", 5000)
-        .file(containers + "/com.example.notes/Data/Library/Logs/notes.log", 5000)
-        .file(containers + "/.DS_Store")
-        .file(containers + "/stray-file")
-        .file(".Trash/old.txt", 5000);
-    const DiskRoot disk = d.disk();
-    const RecordPtr system = sectionOn(disk, "System");
-    Paths quarantine = locationPaths(itemAt(system, 4));
-    std::ranges::sort(quarantine);
-    EXPECT_EQ(quarantine, (Paths{d.at("Library/Preferences/COM.APPLE.LAUNCHSERVICES.QUARANTINEEVENTSV2-journal"),
-                                 d.at("Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2")}));
+    d.file(containers + "com.example.notes/Data/Library/Caches/index.db", 5000)
+        .file(containers + "com.example.notes/Data/Library/Caches/fonts/a.bin", 9000)
+        .file(containers + "com.example.notes/Data/Library/Logs/notes.log", 5000)
+        .file(containers + "org.example.paint/Data/Library/Caches/tiles.db", 20000)
+        .folder(containers + "org.example.empty/Data/Library/Logs")
+        .file(containers + ".DS_Store/Data/Library/Caches/never")
+        .file(containers + "stray-file")
+        .file(".Trash/old.txt", 5000)
+        .file(".Trash/Old Folder/inside.txt", 7000);
+    const RecordPtr system = sectionOn(d.disk(), "System");
+    EXPECT_EQ(itemNames(system), (Paths{"System Cache Files", "Applications Cache Files", "System Log Files",
+                                        "Applications Log Files", "System Downloads Log", "Trash Files"}));
+    const auto sorted = [&](std::size_t item) {
+        Paths paths = locationPaths(itemAt(system, item));
+        std::ranges::sort(paths);
+        return paths;
+    };
+    EXPECT_EQ(sorted(4), (Paths{d.at("Library/Preferences/COM.APPLE.LAUNCHSERVICES.QUARANTINEEVENTSV2-journal"),
+                                d.at("Library/Preferences/com.apple.LaunchServices.QuarantineEventsV2")}));
+    // ".DS_Store" in the containers folder is passed over; a stray file there holds no caches.
+    EXPECT_EQ(sorted(1), (Paths{d.at(containers + "com.example.notes/Data/Library/Caches/fonts"),
+                                d.at(containers + "com.example.notes/Data/Library/Caches/index.db"),
+                                d.at(containers + "org.example.paint/Data/Library/Caches/tiles.db")}));
+    EXPECT_EQ(sorted(3), (Paths{d.at(containers + "com.example.notes/Data/Library/Logs/notes.log")}));
+    EXPECT_EQ(sorted(5), (Paths{d.at(".Trash/Old Folder"), d.at(".Trash/old.txt")}));
+    SizeCounter oracle(0);
     for (const std::size_t item : {1U, 3U, 5U}) {
-        EXPECT_TRUE(locationPaths(itemAt(system, item)).empty()) << item;
-        EXPECT_TRUE(itemAt(system, item).isCaption()) << "an item without locations reads as a caption";
-        EXPECT_EQ(itemAt(system, item).sizeText(), "0 byte");
+        std::int64_t bytes = 0;
+        for (const std::string& path : locationPaths(itemAt(system, item))) {
+            bytes += oracle.allocatedSize(path);
+        }
+        ASSERT_GT(bytes, 0) << item;
+        EXPECT_EQ(itemAt(system, item).sizeText(), sizeTextFor(bytes).text) << item;
     }
 
-    // Where the URL text, read as a path from the current folder, does name a folder, its entries are listed, and
-    // an entry ".DS_Store" of the containers folder is passed over while any other name counts as a container.
-    const std::string cwd = temp.path() + "/cwd";
-    const std::string mirror = cwd + "/file:" + disk.inHome(containers).path;
-    testing::DiskBuilder(cwd)
-        .file("/file:" + disk.inHome(containers).path + "/com.example.notes/Data/Library/Caches/a")
-        .file("/file:" + disk.inHome(containers).path + "/.DS_Store/Data/Library/Caches/never")
-        .file("/file:" + disk.inHome(containers).path + "/stray-file/Data/Library/Caches/b");
-    const InFolder inside(cwd);
-    EXPECT_EQ(urlTextAsPath(disk.inHome(containers)), mirror);
-    Paths paths = locationPaths(itemAt(sectionOn(disk, "System"), 1));
-    std::ranges::sort(paths);
-    EXPECT_EQ(paths, (Paths{mirror + "/com.example.notes/Data/Library/Caches/a",
-                            mirror + "/stray-file/Data/Library/Caches/b"}));
+    // Empty folders list nothing and read "0 byte".
+    testing::removeTree(d.at(".Trash"));
+    d.folder(".Trash");
+    EXPECT_TRUE(locationPaths(itemAt(sectionOn(d.disk(), "System"), 5)).empty());
+    EXPECT_EQ(itemAt(sectionOn(d.disk(), "System"), 5).sizeText(), "0 byte");
 }
 
 // Saved passwords, extensions and the preference reset are kept unless a person ticks them, on either layout; so
