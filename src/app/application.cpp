@@ -1,7 +1,9 @@
 #include "app/application.hpp"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDesktopServices>
+#include <QSystemTrayIcon>
 
 #include "app/access_window.hpp"
 #include "app/alerts.hpp"
@@ -39,7 +41,12 @@ Application::Application(AppEnvironment environment, QObject* parent)
     connect(&m_statusMenu, &StatusMenu::mainWindowChosen, this, &Application::bringBackMainWindow);
     connect(&m_statusMenu, &StatusMenu::quitChosen, this, &Application::quit);
     connect(&m_scheduler, &RealTimeScheduler::systemScheduleChanged, this, &WindowHost::settingsChanged);
-    connect(&m_taskbar, &TaskbarPolicy::entryHidden, this, [this] { bringToFront(m_windowShownAtStart); });
+    // Losing the taskbar entry can leave a shown window behind others; a hidden one stays hidden.
+    connect(&m_taskbar, &TaskbarPolicy::entryHidden, this, [this] {
+        if (m_mainWindow && m_mainWindow->isVisible()) {
+            bringToFront(m_mainWindow.get());
+        }
+    });
 }
 
 Application::~Application() {
@@ -72,7 +79,8 @@ void Application::reopen() {
 
 void Application::showMainWindow() {
     if (m_accessWindow) {
-        m_accessWindow->close();
+        // Hidden, not closed: closing the access window means quitting.
+        m_accessWindow->hide();
         m_accessWindow->deleteLater();
         m_accessWindow = nullptr;
     }
@@ -84,16 +92,30 @@ void Application::showMainWindow() {
         return;
     }
     m_taskbar.govern(m_mainWindow.get());
-    if (m_choices.startsInStatusMenu()) {
+    m_mainWindow->installEventFilter(this);
+    if (m_choices.startsInStatusMenu() && statusAreaAvailable()) {
         return;
     }
-    m_windowShownAtStart = m_mainWindow.get();
-    bringToFront(m_windowShownAtStart);
+    bringToFront(m_mainWindow.get());
+}
+
+bool Application::statusAreaAvailable() const {
+    return m_environment.statusAreaAvailable ? m_environment.statusAreaAvailable()
+                                             : QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+bool Application::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close && watched == m_mainWindow.get() && !statusAreaAvailable()) {
+        // Nothing could bring a closed window back: closing it ends Tidewell, as for any window application.
+        QMetaObject::invokeMethod(this, &Application::quit, Qt::QueuedConnection);
+    }
+    return WindowHost::eventFilter(watched, event);
 }
 
 void Application::showAccessWindow() {
     if (!m_accessWindow) {
         m_accessWindow = new AccessWindow(m_access);
+        // Quit and the window manager's close button alike: without the access window there is no way on.
         connect(m_accessWindow, &AccessWindow::quitRequested, this, &Application::quit);
         connect(m_accessWindow, &AccessWindow::granted, this, &Application::showMainWindow);
     }
@@ -101,7 +123,7 @@ void Application::showAccessWindow() {
 }
 
 void Application::bringBackMainWindow() {
-    bringToFront(m_windowShownAtStart);
+    bringToFront(m_mainWindow ? m_mainWindow.get() : static_cast<QWidget*>(m_accessWindow.data()));
 }
 
 AccessWindow* Application::accessWindow() const {

@@ -36,6 +36,8 @@ struct AppEnvironment {
     /// The user's systemd unit folder, watched for the hourly purge timer of `tidewell-cli schedule on`; empty
     /// watches nothing (a window on another disk or home than the user's own, which that timer does not purge).
     QString purgeUnitFolder = {};
+    /// Whether the desktop has a status area to hold Tidewell's icon right now; none given: asks the desktop.
+    std::function<bool()> statusAreaAvailable = {};
 };
 
 /// Tidewell's window application as a whole. It runs the start-up, decides between the main window and the access
@@ -68,15 +70,17 @@ public:
     /// made even when not shown, else the access window) to the front and activates it.
     void reopen();
 
-    /// Closes the access window if there is one and makes the main window through the factory; then, unless the
-    /// stored taskbar setting says NO, shows it in front. With NO the window is made but not shown, and nothing
-    /// brings it up until a second start of Tidewell asks (bringBackMainWindow shows only a window shown at start).
+    /// Closes the access window if there is one and makes the main window through the factory; then shows it in
+    /// front, unless the stored taskbar setting says NO and the desktop has a status area whose icon brings it back.
+    /// Without a status area the window shows at every start, since nothing else could bring it up.
     void showMainWindow();
     /// Shows the access window; a grant there leads to showMainWindow.
     void showAccessWindow();
-    /// Status menu "Open Main Console": the window shown at start to the front and activated; nothing when the
-    /// window was made unshown.
+    /// Status menu "Open Main Console": the main window, shown or not, minimised or not, to the front and
+    /// activated; before there is one, the access window.
     void bringBackMainWindow();
+    /// Whether the desktop has a status area now (see AppEnvironment::statusAreaAvailable).
+    [[nodiscard]] bool statusAreaAvailable() const override;
 
     /// The main window as made, shown or not; null before showMainWindow.
     [[nodiscard]] QWidget* mainWindow() const { return m_mainWindow.get(); }
@@ -108,6 +112,10 @@ public:
     /// setting at start at login" or "Error in removing from start at login". Nothing is stored or reverted.
     void applyRunAtStart(bool on);
 
+protected:
+    /// Closing the main window hides it while the status icon can bring it back, and quits when it cannot.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void startCrashReporting();
 
@@ -121,9 +129,6 @@ private:
     MainWindowFactory m_mainWindowFactory;
 
     std::unique_ptr<QWidget> m_mainWindow;
-    // The main window when the start-up showed it; Open Main Console and the taskbar change bring only this one
-    // forward.
-    QPointer<QWidget> m_windowShownAtStart;
     QPointer<AccessWindow> m_accessWindow;
 };
 

@@ -34,6 +34,10 @@ public:
     virtual void setRunAtStart(bool on) = 0;
     virtual void setShowsTaskbarEntry(bool show) = 0;
 
+    /// Whether the desktop has a status area holding Tidewell's icon; without one the window is the only way in,
+    /// so it cannot be hidden in favour of the icon.
+    [[nodiscard]] virtual bool statusAreaAvailable() const = 0;
+
     /// The grant that bounds a clean: the first started grant; nothing before one is started, and then a clean
     /// removes nothing.
     [[nodiscard]] virtual std::optional<FolderGrant> cleaningGrant() const = 0;

@@ -22,6 +22,10 @@ const QString kRealTimeTip = QStringLiteral("Remove adult-site history every hou
 const QString kRealTimeScheduledTip = QStringLiteral(
     "The systemd timer of tidewell-cli schedule runs the hourly purge, so this window's hourly timer is off");
 
+const QString kHideEntryTip = QStringLiteral("Keep Tidewell in the status menu only");
+const QString kNoStatusAreaTip = QStringLiteral(
+    "This desktop has no status area to hold Tidewell's icon, so the window stays and closing it quits Tidewell");
+
 } // namespace
 
 BottomBar::BottomBar(WindowHost& host, QWidget* parent)
@@ -37,7 +41,6 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     m_runAtStartBox->setObjectName(QStringLiteral("runAtStart"));
     m_runAtStartBox->setToolTip(QStringLiteral("Start Tidewell when you log in"));
     m_hideTaskbarEntryBox->setObjectName(QStringLiteral("hideTaskbarEntry"));
-    m_hideTaskbarEntryBox->setToolTip(QStringLiteral("Keep Tidewell in the status menu only"));
     // Only a person's click writes a choice; showing the stored values writes nothing back.
     connect(m_realTimeScanBox, &QCheckBox::clicked, this, [this](bool on) { m_host.setRealTimeScan(on); });
     connect(m_runAtStartBox, &QCheckBox::clicked, this, [this](bool on) { m_host.setRunAtStart(on); });
@@ -93,6 +96,16 @@ void BottomBar::showChoices() {
     m_realTimeScanBox->setToolTip(m_host.purgeScheduledBySystem() ? kRealTimeScheduledTip : kRealTimeTip);
     m_runAtStartBox->setChecked(choices.runAtStart());
     m_hideTaskbarEntryBox->setChecked(!choices.showsTaskbarEntry());
+    // Without a status area the icon that would bring a hidden window back is missing, so the window stays.
+    const bool statusArea = m_host.statusAreaAvailable();
+    m_hideTaskbarEntryBox->setEnabled(statusArea);
+    m_hideTaskbarEntryBox->setToolTip(statusArea ? kHideEntryTip : kNoStatusAreaTip);
+}
+
+void BottomBar::showEvent(QShowEvent* event) {
+    // A status area may have come or gone since the choices were last shown.
+    showChoices();
+    QWidget::showEvent(event);
 }
 
 // A faint band with a hairline above, its lower corners following the window's.
