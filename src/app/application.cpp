@@ -31,10 +31,14 @@ void bringToFront(QWidget* window) {
 
 Application::Application(AppEnvironment environment, QObject* parent)
     : WindowHost(parent), m_environment(std::move(environment)), m_store(m_environment.settingsFile),
-      m_choices(m_store), m_access(m_store, m_environment.disk), m_scheduler(m_environment.purgeUnitFolder) {
+      m_choices(m_store), m_access(m_store, m_environment.disk), m_scheduler(m_environment.purgeUnitFolder),
+      m_placement(m_store) {
     // Closing the last window leaves Tidewell running in the status menu; only Quit ends it.
     QApplication::setQuitOnLastWindowClosed(false);
-    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { m_store.setBool(keys::kScanFlag, false); });
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        m_store.setBool(keys::kScanFlag, false);
+        m_placement.remember();
+    });
 
     connect(&m_statusMenu, &StatusMenu::realTimeScanChosen, this,
             [this] { setRealTimeScan(!m_choices.realTimeScan()); });
@@ -50,6 +54,7 @@ Application::Application(AppEnvironment environment, QObject* parent)
 }
 
 Application::~Application() {
+    m_placement.remember();
     delete m_accessWindow.data();
 }
 
@@ -92,6 +97,7 @@ void Application::showMainWindow() {
         return;
     }
     m_taskbar.govern(m_mainWindow.get());
+    m_placement.govern(m_mainWindow.get());
     m_mainWindow->installEventFilter(this);
     if (m_choices.startsInStatusMenu() && statusAreaAvailable()) {
         return;

@@ -14,6 +14,7 @@
 #include "app/status_menu.hpp"
 #include "app/taskbar_policy.hpp"
 #include "app/window_host.hpp"
+#include "app/window_placement.hpp"
 #include "layout/disk_root.hpp"
 #include "platform/login_item.hpp"
 
@@ -126,6 +127,7 @@ private:
     StatusMenu m_statusMenu;
     RealTimeScheduler m_scheduler;
     TaskbarPolicy m_taskbar;
+    WindowPlacement m_placement;
     MainWindowFactory m_mainWindowFactory;
 
     std::unique_ptr<QWidget> m_mainWindow;
