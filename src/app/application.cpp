@@ -187,6 +187,18 @@ void Application::applyRunAtStart(bool on) {
                       std::nullopt});
 }
 
+QByteArray Application::storedSelection() const {
+    return m_store.bytesAt(keys::kSelection).value_or(QByteArray());
+}
+
+void Application::storeSelection(const QByteArray& selection) {
+    if (selection.isEmpty()) {
+        m_store.remove(keys::kSelection);
+    } else {
+        m_store.setBytes(keys::kSelection, selection);
+    }
+}
+
 void Application::openHelp() {
     QDesktopServices::openUrl(helpPageUrl());
 }

@@ -105,6 +105,8 @@ public:
     void setRunAtStart(bool on) override;
     void setShowsTaskbarEntry(bool show) override;
     [[nodiscard]] std::optional<FolderGrant> cleaningGrant() const override { return m_access.startedGrant(); }
+    [[nodiscard]] QByteArray storedSelection() const override;
+    void storeSelection(const QByteArray& selection) override;
     void openHelp() override;
     void minimiseWindow() override;
     void quit() override;

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QHBoxLayout>
+#include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPushButton>
@@ -54,8 +55,16 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     m_helpButton->setAutoRaise(true);
     m_helpButton->setToolTip(QStringLiteral("Help"));
     m_helpButton->setCursor(Qt::PointingHandCursor);
-    m_helpButton->setStyleSheet(QStringLiteral("QToolButton { border: none; background: transparent; }"));
-    connect(m_helpButton, &QToolButton::clicked, this, [this] { m_host.openHelp(); });
+    m_helpButton->setStyleSheet(QStringLiteral("QToolButton { border: none; background: transparent; }"
+                                               "QToolButton::menu-indicator { image: none; }"));
+    m_helpButton->setPopupMode(QToolButton::InstantPopup);
+    auto* helpMenu = new QMenu(m_helpButton);
+    helpMenu->setObjectName(QStringLiteral("helpMenu"));
+    connect(helpMenu->addAction(QStringLiteral("Tidewell Help")), &QAction::triggered, this,
+            [this] { m_host.openHelp(); });
+    m_restoreDefaults = helpMenu->addAction(QStringLiteral("Restore Default Selection"));
+    connect(m_restoreDefaults, &QAction::triggered, this, &BottomBar::restoreDefaultSelectionRequested);
+    m_helpButton->setMenu(helpMenu);
 
     m_indicator->setColor(kAccentColor);
     m_refreshButton->setObjectName(QStringLiteral("refreshButton"));

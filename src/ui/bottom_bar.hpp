@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+class QAction;
 class QCheckBox;
 class QPushButton;
 class QToolButton;
@@ -23,10 +24,16 @@ public:
     [[nodiscard]] QCheckBox* realTimeScanBox() const { return m_realTimeScanBox; }
     [[nodiscard]] QCheckBox* runAtStartBox() const { return m_runAtStartBox; }
     [[nodiscard]] QCheckBox* hideTaskbarEntryBox() const { return m_hideTaskbarEntryBox; }
+    /// The help button opens a menu: "Tidewell Help" (the help page) and "Restore Default Selection".
     [[nodiscard]] QToolButton* helpButton() const { return m_helpButton; }
+    [[nodiscard]] QAction* restoreDefaultsAction() const { return m_restoreDefaults; }
     [[nodiscard]] SpinningIndicator* indicator() const { return m_indicator; }
     [[nodiscard]] QPushButton* refreshButton() const { return m_refreshButton; }
     [[nodiscard]] QPushButton* cleanButton() const { return m_cleanButton; }
+
+signals:
+    /// "Restore Default Selection" was chosen in the help menu.
+    void restoreDefaultSelectionRequested();
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -40,6 +47,7 @@ private:
     QCheckBox* m_runAtStartBox;
     QCheckBox* m_hideTaskbarEntryBox;
     QToolButton* m_helpButton;
+    QAction* m_restoreDefaults = nullptr;
     SpinningIndicator* m_indicator;
     QPushButton* m_refreshButton;
     QPushButton* m_cleanButton;

@@ -14,6 +14,7 @@
 #include "ui/item_table_source.hpp"
 #include "ui/popover.hpp"
 #include "ui/section_card.hpp"
+#include "ui/selection_memory.hpp"
 #include "ui/spinning_indicator.hpp"
 #include "ui/widgets.hpp"
 #include "ui/window_clean.hpp"
@@ -34,7 +35,10 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
     // 10 above the first card and 10 after each, 5 below: 75 a section and 15 more.
     m_itemTable->setRowSpacing(kRowStep - SectionCard::kHeight, QMargins(20, 10, 20, 5));
     m_itemSource = std::make_unique<ItemTableSource>(*m_itemTable, catalogue());
-    connect(m_itemSource.get(), &ItemTableSource::ticked, this, &CatalogueView::refreshTable);
+    connect(m_itemSource.get(), &ItemTableSource::ticked, this, [this] {
+        rememberSelection();
+        refreshTable();
+    });
     connect(m_itemSource.get(), &ItemTableSource::detailsRequested, this, &CatalogueView::showDetails);
     connect(m_itemSource.get(), &ItemTableSource::infoRequested, this, &CatalogueView::showAdultHistoryInfo);
     m_emptyText = new QLabel(QStringLiteral("Looking for traces…"), m_tableArea);
@@ -58,6 +62,7 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
 
     m_detailsPanel = new DetailsPanel(this);
     connect(m_detailsPanel, &DetailsPanel::closed, this, [this] {
+        rememberSelection();
         setMinimumHeight(0);
         refreshTable();
     });
@@ -67,6 +72,7 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
                                             options.running ? std::move(options.running)
                                                             : std::shared_ptr(systemRunningApplications()));
     connect(m_bottomBar->refreshButton(), &QPushButton::clicked, this, [this] { m_driver->refresh(); });
+    connect(m_bottomBar, &BottomBar::restoreDefaultSelectionRequested, this, &CatalogueView::restoreDefaultSelection);
     connect(m_bottomBar->cleanButton(), &QPushButton::clicked, m_clean.get(), &WindowClean::clean);
     connect(m_clean.get(), &WindowClean::busyChanged, this, [this](bool busy) {
         m_bottomBar->refreshButton()->setEnabled(!busy);
@@ -95,6 +101,7 @@ void CatalogueView::stopIndicator() {
 }
 
 void CatalogueView::sectionsChanged() {
+    restoreNewSections();
     const auto sections = static_cast<int>(catalogue().size());
     m_itemTable->setVisible(sections != 0);
     m_emptyText->setVisible(sections == 0 && m_driver->scanRunning());
@@ -103,6 +110,36 @@ void CatalogueView::sectionsChanged() {
                                                  : kMostTableHeight;
     m_tableArea->setFixedHeight(m_height);
     refreshTable();
+}
+
+void CatalogueView::restoreNewSections() {
+    // Sections only ever arrive at the end of the catalogue; a scan starts from an empty one.
+    const RecordList sections = catalogue().snapshot();
+    if (sections.size() < m_sectionsRestored) {
+        m_sectionsRestored = 0;
+    }
+    if (sections.size() == m_sectionsRestored) {
+        return;
+    }
+    const QByteArray remembered = m_host.storedSelection();
+    for (std::size_t index = m_sectionsRestored; index < sections.size(); ++index) {
+        restoreSelection(Section(sections[index]), remembered);
+    }
+    m_sectionsRestored = sections.size();
+}
+
+void CatalogueView::rememberSelection() {
+    m_host.storeSelection(tidewell::rememberedSelection(sectionsOf(catalogue().snapshot()), m_host.storedSelection()));
+}
+
+void CatalogueView::restoreDefaultSelection() {
+    if (m_clean->isBusy()) {
+        return;
+    }
+    // Forgotten, then scanned afresh: every item comes back with its builder's tick.
+    m_host.storeSelection({});
+    m_driver->setScanRunning(false);
+    m_driver->refresh();
 }
 
 void CatalogueView::scanFinished() {

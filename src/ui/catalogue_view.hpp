@@ -97,13 +97,22 @@ public:
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
+    /// Stores the ticks of every section now shown (see ui/selection_memory); done after every change of a tick.
+    void rememberSelection();
+    /// The help menu's "Restore Default Selection": the stored ticks are forgotten and the disk scanned afresh, so
+    /// every item shows its default tick. Nothing while a clean is under way.
+    void restoreDefaultSelection();
+
 private:
     void rescan();
+    // Lays the stored ticks over the sections the scan appended since the last call.
+    void restoreNewSections();
 
     WindowHost& m_host;
     QtMainThread m_mainThread;
     std::unique_ptr<ScanDriver> m_driver;
     int m_height = kEmptyTableHeight;
+    std::size_t m_sectionsRestored = 0;
 
     QWidget* m_tableArea = nullptr;
     CellTable* m_itemTable = nullptr;

@@ -214,6 +214,8 @@ TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolde
 
     std::filesystem::rename(disk.home(), disk.at("/Users/ann-moved"));
     disk.file("Library/Caches/inside", 10);
+    card(0).checkBox()->click(); // the untick was remembered through the rescan
+    EXPECT_EQ(tick(item(0, 0)), 1);
     cleanAndWait();
     EXPECT_TRUE(log.writerOf(inside.path + leftOutside));
     EXPECT_TRUE(exists("Library/Caches/inside")) << "not the granted folder";
