@@ -84,6 +84,11 @@ void ScanDriver::refresh() {
     startScan();
 }
 
+std::vector<MeasuredLocation> ScanDriver::measuredLocations() const {
+    std::lock_guard lock(m_scanMutex);
+    return m_measuredLocations;
+}
+
 std::int64_t ScanDriver::measuredBytes() const {
     std::lock_guard lock(m_scanMutex);
     return m_measuredBytes;
@@ -110,9 +115,9 @@ void ScanDriver::runScan(const std::stop_token& stop, std::uint64_t generation) 
                 return;
             }
             m_catalogue.append(std::move(outcome.section));
+            // Kept on every layout: the window's total of what is ticked counts each place once.
+            m_measuredLocations.insert(m_measuredLocations.end(), outcome.locations.begin(), outcome.locations.end());
             if (m_disk.layout().countNestedOnce) {
-                m_measuredLocations.insert(m_measuredLocations.end(), outcome.locations.begin(),
-                                           outcome.locations.end());
                 m_measuredBytes = bytesCountedOnce(m_measuredLocations);
             } else {
                 m_measuredBytes += outcome.bytes;

@@ -2,6 +2,7 @@
 
 #include <QCheckBox>
 #include <QHBoxLayout>
+#include <QLabel>
 #include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
@@ -33,7 +34,7 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     : QWidget(parent), m_host(host), m_realTimeScanBox(new QCheckBox(QStringLiteral("Real-time scan"), this)),
       m_runAtStartBox(new QCheckBox(QStringLiteral("Run at start"), this)),
       m_hideTaskbarEntryBox(new QCheckBox(QStringLiteral("Hide dock icon"), this)), m_helpButton(new QToolButton(this)),
-      m_indicator(new SpinningIndicator(this)), m_refreshButton(new QPushButton(QStringLiteral("Refresh"), this)),
+      m_indicator(new SpinningIndicator(this)), m_statusText(new QLabel(this)), m_refreshButton(new QPushButton(QStringLiteral("Refresh"), this)),
       m_cleanButton(new QPushButton(QStringLiteral("Clean"), this)) {
     setObjectName(QStringLiteral("bottomBar"));
 
@@ -67,6 +68,8 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     m_helpButton->setMenu(helpMenu);
 
     m_indicator->setColor(kAccentColor);
+    m_statusText->setObjectName(QStringLiteral("statusText"));
+    setTextColour(*m_statusText, kMutedTextColor);
     m_refreshButton->setObjectName(QStringLiteral("refreshButton"));
     styleSecondaryButton(*m_refreshButton);
     m_cleanButton->setObjectName(QStringLiteral("cleanButton"));
@@ -87,6 +90,7 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     auto* actions = new QHBoxLayout;
     actions->setSpacing(10);
     actions->addWidget(m_indicator);
+    actions->addWidget(m_statusText);
     actions->addStretch(1);
     actions->addWidget(m_refreshButton);
     actions->addWidget(m_cleanButton);

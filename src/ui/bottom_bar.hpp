@@ -4,6 +4,7 @@
 
 class QAction;
 class QCheckBox;
+class QLabel;
 class QPushButton;
 class QToolButton;
 
@@ -29,6 +30,9 @@ public:
     [[nodiscard]] QAction* restoreDefaultsAction() const { return m_restoreDefaults; }
     [[nodiscard]] SpinningIndicator* indicator() const { return m_indicator; }
     [[nodiscard]] QPushButton* refreshButton() const { return m_refreshButton; }
+    /// Beside the indicator: the total of what is ticked ("2.7 MB selected"), or while a clean runs how far it has
+    /// come ("3 of 12").
+    [[nodiscard]] QLabel* statusText() const { return m_statusText; }
     [[nodiscard]] QPushButton* cleanButton() const { return m_cleanButton; }
 
 signals:
@@ -49,6 +53,7 @@ private:
     QToolButton* m_helpButton;
     QAction* m_restoreDefaults = nullptr;
     SpinningIndicator* m_indicator;
+    QLabel* m_statusText;
     QPushButton* m_refreshButton;
     QPushButton* m_cleanButton;
 };

@@ -1,10 +1,13 @@
 #include "ui/catalogue_view.hpp"
 
 #include <QLabel>
+#include <algorithm>
+#include <map>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include "app/window_host.hpp"
+#include "base/byte_count.hpp"
 #include "catalogue/ticks.hpp"
 #include "sources/builders.hpp"
 #include "ui/adult_history_info_view.hpp"
@@ -80,6 +83,13 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
     });
     connect(m_clean.get(), &WindowClean::removed, this, &CatalogueView::rescan);
 
+    connect(m_clean.get(), &WindowClean::progressed, this, [this](std::size_t done, std::size_t total) {
+        m_bottomBar->statusText()->setText(QStringLiteral("%1 of %2").arg(done).arg(total));
+    });
+    m_clean->setConfirmationText([this] {
+        return QStringLiteral("%1 from %2 will be removed.").arg(selectedText().chopped(9), tickedSectionNames());
+    });
+
     m_host.restoreSettings();
     m_driver->startScan();
 }
@@ -153,8 +163,49 @@ void CatalogueView::rescan() {
     m_driver->startScan();
 }
 
+QString CatalogueView::selectedText() const {
+    std::vector<MeasuredLocation> ticked;
+    const std::vector<MeasuredLocation> measured = m_driver->measuredLocations();
+    std::map<std::string, std::int64_t> sizes;
+    for (const MeasuredLocation& location : measured) {
+        sizes.emplace(location.path, location.bytes);
+    }
+    for (const Section& section : sectionsOf(m_driver->catalogue().snapshot())) {
+        for (const Item& item : section.items()) {
+            const UrlList* locations = item.locations();
+            if (!item.isTicked() || locations == nullptr) {
+                continue;
+            }
+            for (const FileUrl& location : *locations) {
+                const auto size = sizes.find(location.path);
+                ticked.push_back({location.path, size != sizes.end() ? size->second : 0});
+            }
+        }
+    }
+    // A place that two ticked items name, or that lies inside another ticked one, is counted once.
+    return QStringLiteral("%1 selected").arg(QString::fromStdString(formatByteCount(bytesCountedOnce(ticked))));
+}
+
+QString CatalogueView::tickedSectionNames() const {
+    QStringList names;
+    for (const Section& section : sectionsOf(m_driver->catalogue().snapshot())) {
+        const std::vector<Item> items = section.items();
+        if (std::any_of(items.begin(), items.end(), [](const Item& item) { return item.isTicked(); })) {
+            names.append(QString::fromStdString(section.name()));
+        }
+    }
+    if (names.size() <= 1) {
+        return names.join(QString());
+    }
+    const QString last = names.takeLast();
+    return QStringLiteral("%1 and %2").arg(names.join(QStringLiteral(", ")), last);
+}
+
 void CatalogueView::refreshTable() {
     m_itemTable->reload();
+    if (!m_clean->isBusy()) {
+        m_bottomBar->statusText()->setText(selectedText());
+    }
     m_bottomBar->cleanButton()->setEnabled(!m_clean->isBusy() && anythingToClean(catalogue()));
 }
 

@@ -74,6 +74,12 @@ public:
     /// is under way.
     void refreshTable();
 
+    /// The bottom bar's total: the bytes of every ticked item's locations, each place counted once, as
+    /// "<size> selected".
+    [[nodiscard]] QString selectedText() const;
+    /// The names of the sections with something ticked, as "A, B and C".
+    [[nodiscard]] QString tickedSectionNames() const;
+
     /// The table area's height.
     [[nodiscard]] int tableHeight() const { return m_height; }
     [[nodiscard]] CellTable* itemTable() const { return m_itemTable; }
