@@ -1,6 +1,7 @@
 #include "app/access_window.hpp"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QLabel>
@@ -101,6 +102,11 @@ void AccessWindow::applyLook() {
         muted.setColor(QPalette::WindowText, QColor(120, 120, 120));
         path->setPalette(muted);
     }
+}
+
+void AccessWindow::closeEvent(QCloseEvent* event) {
+    QWidget::closeEvent(event);
+    emit quitRequested();
 }
 
 void AccessWindow::confirmAccess() {

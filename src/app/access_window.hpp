@@ -31,10 +31,13 @@ public:
     [[nodiscard]] QPushButton* confirmAccessButton() const { return m_confirmAccess; }
 
 signals:
-    /// Quit was pressed.
+    /// Quit was pressed, Escape typed, or the window closed: without this window Tidewell has no way on.
     void quitRequested();
     /// A grant was recorded and started a moment ago.
     void granted();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
 
 private:
     void applyLook();

@@ -24,7 +24,7 @@ std::vector<AlertContent>& record() {
 // One QMessageBox shaped as the alert says: bold message, informative text, the application's icon, the buttons in
 // order with the first as default.
 QMessageBox* makeBox(const AlertContent& content, std::vector<QPushButton*>& buttons) {
-    auto* box = new QMessageBox;
+    auto* box = new QMessageBox(content.parent);
     box->setWindowTitle(QApplication::applicationDisplayName());
     box->setText(content.messageText.isEmpty() ? QString()
                                                : QStringLiteral("<b>%1</b>").arg(content.messageText.toHtmlEscaped()));
@@ -74,9 +74,22 @@ int Alerts::runModal(const AlertContent& content) {
     return kAlertFirstButton + static_cast<int>(index);
 }
 
-bool Alerts::confirm(const QString& messageText, const QString& informativeText) {
-    return runModal({messageText, informativeText, {QStringLiteral("Yes"), QStringLiteral("No")}, 1}) ==
+bool Alerts::confirm(const QString& messageText, const QString& informativeText, QWidget* parent) {
+    return runModal({messageText, informativeText, {QStringLiteral("Yes"), QStringLiteral("No")}, 1, parent}) ==
            kAlertFirstButton;
+}
+
+QWidget* Alerts::showSheet(const AlertContent& content) {
+    if (takeQueuedAnswer(content)) {
+        return nullptr;
+    }
+    std::vector<QPushButton*> buttons;
+    QMessageBox* box = makeBox(content, buttons);
+    box->setObjectName(QStringLiteral("alertSheet"));
+    box->setAttribute(Qt::WA_DeleteOnClose);
+    box->setWindowModality(content.parent != nullptr ? Qt::WindowModal : Qt::NonModal);
+    box->open();
+    return box;
 }
 
 void Alerts::answerNextAlert(int answer) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QWidget>
 #include <QStringList>
 #include <optional>
 #include <vector>
@@ -19,6 +20,8 @@ struct AlertContent {
     QStringList buttons;
     /// The button answered by Escape, as an index into buttons; none when Escape answers nothing.
     std::optional<int> escapeButton;
+    /// The window the alert belongs to: it is centred on it. None: centred on the screen.
+    QWidget* parent = nullptr;
 };
 
 /// Tidewell's alerts. Each runs on the main thread, modal to the whole application.
@@ -32,7 +35,12 @@ public:
     static int runModal(const AlertContent& content);
 
     /// The Yes/No confirmation: "Yes" first, with Return, "No" second, with Escape. True only for "Yes".
-    static bool confirm(const QString& messageText, const QString& informativeText);
+    static bool confirm(const QString& messageText, const QString& informativeText, QWidget* parent = nullptr);
+
+    /// Shows an alert over its parent window without waiting for it (a sheet: that window waits, the rest of
+    /// Tidewell goes on); its button closes it. A queued test answer takes it instead, and then it is not shown.
+    /// Returns the box shown, or null.
+    static QWidget* showSheet(const AlertContent& content);
 
     /// Test seam: the next alert returns answer (kAlertFirstButton for its first button) without showing.
     /// Answers queue up, one per alert.

@@ -1,7 +1,9 @@
 #include "app/application.hpp"
 
 #include <QApplication>
+#include <QCloseEvent>
 #include <QDesktopServices>
+#include <QSystemTrayIcon>
 
 #include "app/access_window.hpp"
 #include "app/alerts.hpp"
@@ -29,20 +31,30 @@ void bringToFront(QWidget* window) {
 
 Application::Application(AppEnvironment environment, QObject* parent)
     : WindowHost(parent), m_environment(std::move(environment)), m_store(m_environment.settingsFile),
-      m_choices(m_store), m_access(m_store, m_environment.disk), m_scheduler(m_environment.purgeUnitFolder) {
+      m_choices(m_store), m_access(m_store, m_environment.disk), m_scheduler(m_environment.purgeUnitFolder),
+      m_placement(m_store) {
     // Closing the last window leaves Tidewell running in the status menu; only Quit ends it.
     QApplication::setQuitOnLastWindowClosed(false);
-    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] { m_store.setBool(keys::kScanFlag, false); });
+    connect(qApp, &QCoreApplication::aboutToQuit, this, [this] {
+        m_store.setBool(keys::kScanFlag, false);
+        m_placement.remember();
+    });
 
     connect(&m_statusMenu, &StatusMenu::realTimeScanChosen, this,
             [this] { setRealTimeScan(!m_choices.realTimeScan()); });
     connect(&m_statusMenu, &StatusMenu::mainWindowChosen, this, &Application::bringBackMainWindow);
     connect(&m_statusMenu, &StatusMenu::quitChosen, this, &Application::quit);
     connect(&m_scheduler, &RealTimeScheduler::systemScheduleChanged, this, &WindowHost::settingsChanged);
-    connect(&m_taskbar, &TaskbarPolicy::entryHidden, this, [this] { bringToFront(m_windowShownAtStart); });
+    // Losing the taskbar entry can leave a shown window behind others; a hidden one stays hidden.
+    connect(&m_taskbar, &TaskbarPolicy::entryHidden, this, [this] {
+        if (m_mainWindow && m_mainWindow->isVisible()) {
+            bringToFront(m_mainWindow.get());
+        }
+    });
 }
 
 Application::~Application() {
+    m_placement.remember();
     delete m_accessWindow.data();
 }
 
@@ -72,7 +84,8 @@ void Application::reopen() {
 
 void Application::showMainWindow() {
     if (m_accessWindow) {
-        m_accessWindow->close();
+        // Hidden, not closed: closing the access window means quitting.
+        m_accessWindow->hide();
         m_accessWindow->deleteLater();
         m_accessWindow = nullptr;
     }
@@ -84,16 +97,31 @@ void Application::showMainWindow() {
         return;
     }
     m_taskbar.govern(m_mainWindow.get());
-    if (m_choices.startsInStatusMenu()) {
+    m_placement.govern(m_mainWindow.get());
+    m_mainWindow->installEventFilter(this);
+    if (m_choices.startsInStatusMenu() && statusAreaAvailable()) {
         return;
     }
-    m_windowShownAtStart = m_mainWindow.get();
-    bringToFront(m_windowShownAtStart);
+    bringToFront(m_mainWindow.get());
+}
+
+bool Application::statusAreaAvailable() const {
+    return m_environment.statusAreaAvailable ? m_environment.statusAreaAvailable()
+                                             : QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+bool Application::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::Close && watched == m_mainWindow.get() && !statusAreaAvailable()) {
+        // Nothing could bring a closed window back: closing it ends Tidewell, as for any window application.
+        QMetaObject::invokeMethod(this, &Application::quit, Qt::QueuedConnection);
+    }
+    return WindowHost::eventFilter(watched, event);
 }
 
 void Application::showAccessWindow() {
     if (!m_accessWindow) {
         m_accessWindow = new AccessWindow(m_access);
+        // Quit and the window manager's close button alike: without the access window there is no way on.
         connect(m_accessWindow, &AccessWindow::quitRequested, this, &Application::quit);
         connect(m_accessWindow, &AccessWindow::granted, this, &Application::showMainWindow);
     }
@@ -101,7 +129,7 @@ void Application::showAccessWindow() {
 }
 
 void Application::bringBackMainWindow() {
-    bringToFront(m_windowShownAtStart);
+    bringToFront(m_mainWindow ? m_mainWindow.get() : static_cast<QWidget*>(m_accessWindow.data()));
 }
 
 AccessWindow* Application::accessWindow() const {
@@ -157,6 +185,18 @@ void Application::applyRunAtStart(bool on) {
                          : QStringLiteral("Error in removing from start at login"),
                       {QStringLiteral("ok")},
                       std::nullopt});
+}
+
+QByteArray Application::storedSelection() const {
+    return m_store.bytesAt(keys::kSelection).value_or(QByteArray());
+}
+
+void Application::storeSelection(const QByteArray& selection) {
+    if (selection.isEmpty()) {
+        m_store.remove(keys::kSelection);
+    } else {
+        m_store.setBytes(keys::kSelection, selection);
+    }
 }
 
 void Application::openHelp() {

@@ -14,6 +14,7 @@
 #include "app/status_menu.hpp"
 #include "app/taskbar_policy.hpp"
 #include "app/window_host.hpp"
+#include "app/window_placement.hpp"
 #include "layout/disk_root.hpp"
 #include "platform/login_item.hpp"
 
@@ -36,6 +37,8 @@ struct AppEnvironment {
     /// The user's systemd unit folder, watched for the hourly purge timer of `tidewell-cli schedule on`; empty
     /// watches nothing (a window on another disk or home than the user's own, which that timer does not purge).
     QString purgeUnitFolder = {};
+    /// Whether the desktop has a status area to hold Tidewell's icon right now; none given: asks the desktop.
+    std::function<bool()> statusAreaAvailable = {};
 };
 
 /// Tidewell's window application as a whole. It runs the start-up, decides between the main window and the access
@@ -68,15 +71,17 @@ public:
     /// made even when not shown, else the access window) to the front and activates it.
     void reopen();
 
-    /// Closes the access window if there is one and makes the main window through the factory; then, unless the
-    /// stored taskbar setting says NO, shows it in front. With NO the window is made but not shown, and nothing
-    /// brings it up until a second start of Tidewell asks (bringBackMainWindow shows only a window shown at start).
+    /// Closes the access window if there is one and makes the main window through the factory; then shows it in
+    /// front, unless the stored taskbar setting says NO and the desktop has a status area whose icon brings it back.
+    /// Without a status area the window shows at every start, since nothing else could bring it up.
     void showMainWindow();
     /// Shows the access window; a grant there leads to showMainWindow.
     void showAccessWindow();
-    /// Status menu "Open Main Console": the window shown at start to the front and activated; nothing when the
-    /// window was made unshown.
+    /// Status menu "Open Main Console": the main window, shown or not, minimised or not, to the front and
+    /// activated; before there is one, the access window.
     void bringBackMainWindow();
+    /// Whether the desktop has a status area now (see AppEnvironment::statusAreaAvailable).
+    [[nodiscard]] bool statusAreaAvailable() const override;
 
     /// The main window as made, shown or not; null before showMainWindow.
     [[nodiscard]] QWidget* mainWindow() const { return m_mainWindow.get(); }
@@ -100,6 +105,8 @@ public:
     void setRunAtStart(bool on) override;
     void setShowsTaskbarEntry(bool show) override;
     [[nodiscard]] std::optional<FolderGrant> cleaningGrant() const override { return m_access.startedGrant(); }
+    [[nodiscard]] QByteArray storedSelection() const override;
+    void storeSelection(const QByteArray& selection) override;
     void openHelp() override;
     void minimiseWindow() override;
     void quit() override;
@@ -107,6 +114,10 @@ public:
     /// Registers (on) or removes the login item; on failure an alert "Error" with the button "ok" says "Error in
     /// setting at start at login" or "Error in removing from start at login". Nothing is stored or reverted.
     void applyRunAtStart(bool on);
+
+protected:
+    /// Closing the main window hides it while the status icon can bring it back, and quits when it cannot.
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void startCrashReporting();
@@ -118,12 +129,10 @@ private:
     StatusMenu m_statusMenu;
     RealTimeScheduler m_scheduler;
     TaskbarPolicy m_taskbar;
+    WindowPlacement m_placement;
     MainWindowFactory m_mainWindowFactory;
 
     std::unique_ptr<QWidget> m_mainWindow;
-    // The main window when the start-up showed it; Open Main Console and the taskbar change bring only this one
-    // forward.
-    QPointer<QWidget> m_windowShownAtStart;
     QPointer<AccessWindow> m_accessWindow;
 };
 

@@ -44,6 +44,19 @@ std::optional<QByteArray> AppSettings::bytesAt(const QString& key) const {
     return value.toByteArray();
 }
 
+std::optional<QPoint> AppSettings::pointAt(const QString& key) const {
+    const QVariant value = valueAt(key);
+    if (!value.canConvert<QPoint>() || value.typeId() != QMetaType::QPoint) {
+        return std::nullopt;
+    }
+    return value.toPoint();
+}
+
+void AppSettings::setPoint(const QString& key, const QPoint& value) {
+    m_settings.setValue(key, value);
+    sync();
+}
+
 void AppSettings::setBool(const QString& key, bool value) {
     m_settings.setValue(key, value);
     sync();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QPoint>
 #include <QSettings>
 #include <QString>
 #include <QVariantMap>
@@ -21,6 +22,10 @@ inline const QString kRealTimeScan = QStringLiteral("RealTimeScanONOFF");
 inline const QString kRunAtStart = QStringLiteral("kIsRunOnStart");
 /// bool, YES gives the main window a taskbar entry; absent reads as NO and is written back.
 inline const QString kTaskbarEntry = QStringLiteral("IsDockIcon");
+/// point, where the main window's top-left corner was last (in the desktop's coordinates).
+inline const QString kWindowPosition = QStringLiteral("MainWindowPosition");
+/// bytes, the person's ticks by section and item name (JSON), so they outlive a scan, a clean and a restart.
+inline const QString kSelection = QStringLiteral("Selection");
 /// bytes, the grant for the home folder (or whichever of the offered folders the person chose).
 inline const QString kHomeGrant = QStringLiteral("SaveDirectory");
 } // namespace keys
@@ -48,9 +53,13 @@ public:
     /// The key's bytes, or nothing when absent.
     [[nodiscard]] std::optional<QByteArray> bytesAt(const QString& key) const;
 
+    /// The key's point, or nothing when absent or not a point.
+    [[nodiscard]] std::optional<QPoint> pointAt(const QString& key) const;
+
     /// Stores a value and writes the file.
     void setBool(const QString& key, bool value);
     void setBytes(const QString& key, const QByteArray& value);
+    void setPoint(const QString& key, const QPoint& value);
     /// Removes a stored value and writes the file; the registered default, if any, shows through again.
     void remove(const QString& key);
 

@@ -48,9 +48,8 @@ StatusMenu::StatusMenu(QObject* parent)
 StatusMenu::~StatusMenu() = default;
 
 void StatusMenu::refresh(bool realTimeScanOn) {
-    // Where the desktop has no status area (or no display at all) there is no icon; the menu and its state still
-    // follow the setting.
-    if (!m_icon && QSystemTrayIcon::isSystemTrayAvailable()) {
+    // The icon is made even while the desktop has no status area: one that appears later then shows it.
+    if (!m_icon) {
         m_icon = std::make_unique<QSystemTrayIcon>(templateIcon(QStringLiteral(":/icons/status_icon.svg")));
         m_icon->setToolTip(QApplication::applicationDisplayName());
         m_icon->setContextMenu(m_menu.get());

@@ -21,13 +21,13 @@ public:
     StatusMenu(const StatusMenu&) = delete;
     StatusMenu& operator=(const StatusMenu&) = delete;
 
-    /// Makes the icon on first use (where the desktop has a status area; a click on it opens the menu, as the right
-    /// button does) and retitles the first entry "Real-time Scan Enabled" or "Real-time Scan Disabled", checked
+    /// Makes the icon on first use (also while the desktop has no status area, so that one appearing later shows
+    /// it; a click on it opens the menu, as the right button does) and retitles the first entry "Real-time Scan Enabled" or "Real-time Scan Disabled", checked
     /// accordingly. Until the first refresh the entry reads "Real Time Scan".
     void refresh(bool realTimeScanOn);
 
     [[nodiscard]] QMenu* menu() const { return m_menu.get(); }
-    /// The icon; null before the first refresh and where the desktop has no status area.
+    /// The icon; null before the first refresh.
     [[nodiscard]] QSystemTrayIcon* icon() const { return m_icon.get(); }
 
 signals:

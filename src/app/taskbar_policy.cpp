@@ -26,11 +26,17 @@ void TaskbarPolicy::apply() {
     if ((flags & Qt::WindowType_Mask) == type) {
         return;
     }
-    // Changing the flags takes the window off screen; it comes back as it was.
+    // Changing the flags takes the window off screen; it comes back where and as it was, in front, never hidden
+    // or minimised by the change.
     const bool wasVisible = m_window->isVisible();
+    const QPoint place = m_window->pos();
     m_window->setWindowFlags((flags & ~Qt::WindowType_Mask) | type);
     if (wasVisible) {
+        m_window->move(place);
+        m_window->setWindowState(m_window->windowState() & ~Qt::WindowMinimized);
         m_window->show();
+        m_window->raise();
+        m_window->activateWindow();
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QObject>
 #include <optional>
 
@@ -34,9 +35,18 @@ public:
     virtual void setRunAtStart(bool on) = 0;
     virtual void setShowsTaskbarEntry(bool show) = 0;
 
+    /// Whether the desktop has a status area holding Tidewell's icon; without one the window is the only way in,
+    /// so it cannot be hidden in favour of the icon.
+    [[nodiscard]] virtual bool statusAreaAvailable() const = 0;
+
     /// The grant that bounds a clean: the first started grant; nothing before one is started, and then a clean
     /// removes nothing.
     [[nodiscard]] virtual std::optional<FolderGrant> cleaningGrant() const = 0;
+
+    /// The person's ticks as last stored (see ui/selection_memory), empty when none are; and storing them, empty
+    /// bytes forgetting them so that every item starts at its default again.
+    [[nodiscard]] virtual QByteArray storedSelection() const = 0;
+    virtual void storeSelection(const QByteArray& selection) = 0;
 
     /// Opens the help page in the default browser.
     virtual void openHelp() = 0;

@@ -85,6 +85,11 @@ void ScanDriver::refresh() {
     startScan();
 }
 
+std::vector<MeasuredLocation> ScanDriver::measuredLocations() const {
+    std::lock_guard lock(m_scanMutex);
+    return m_measuredLocations;
+}
+
 std::int64_t ScanDriver::measuredBytes() const {
     std::lock_guard lock(m_scanMutex);
     return m_measuredBytes;

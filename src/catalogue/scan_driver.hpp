@@ -99,6 +99,9 @@ public:
     /// inside another, or repeated, adds nothing more), plus the sizes of sections that name no locations.
     [[nodiscard]] std::int64_t measuredBytes() const;
 
+    /// Every location the current scan has measured so far, with its size, in order.
+    [[nodiscard]] std::vector<MeasuredLocation> measuredLocations() const;
+
     /// Waits until the current scan thread has ended (for callers without an event loop of their own).
     void waitForScanThread();
 

@@ -2,6 +2,8 @@
 
 #include <QCheckBox>
 #include <QHBoxLayout>
+#include <QLabel>
+#include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPushButton>
@@ -22,13 +24,17 @@ const QString kRealTimeTip = QStringLiteral("Remove adult-site history every hou
 const QString kRealTimeScheduledTip = QStringLiteral(
     "The systemd timer of tidewell-cli schedule runs the hourly purge, so this window's hourly timer is off");
 
+const QString kHideEntryTip = QStringLiteral("Keep Tidewell in the status menu only");
+const QString kNoStatusAreaTip = QStringLiteral(
+    "This desktop has no status area to hold Tidewell's icon, so the window stays and closing it quits Tidewell");
+
 } // namespace
 
 BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     : QWidget(parent), m_host(host), m_realTimeScanBox(new QCheckBox(QStringLiteral("Real-time scan"), this)),
       m_runAtStartBox(new QCheckBox(QStringLiteral("Run at start"), this)),
       m_hideTaskbarEntryBox(new QCheckBox(QStringLiteral("Hide dock icon"), this)), m_helpButton(new QToolButton(this)),
-      m_indicator(new SpinningIndicator(this)), m_refreshButton(new QPushButton(QStringLiteral("Refresh"), this)),
+      m_indicator(new SpinningIndicator(this)), m_statusText(new QLabel(this)), m_refreshButton(new QPushButton(QStringLiteral("Refresh"), this)),
       m_cleanButton(new QPushButton(QStringLiteral("Clean"), this)) {
     setObjectName(QStringLiteral("bottomBar"));
 
@@ -37,7 +43,6 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     m_runAtStartBox->setObjectName(QStringLiteral("runAtStart"));
     m_runAtStartBox->setToolTip(QStringLiteral("Start Tidewell when you log in"));
     m_hideTaskbarEntryBox->setObjectName(QStringLiteral("hideTaskbarEntry"));
-    m_hideTaskbarEntryBox->setToolTip(QStringLiteral("Keep Tidewell in the status menu only"));
     // Only a person's click writes a choice; showing the stored values writes nothing back.
     connect(m_realTimeScanBox, &QCheckBox::clicked, this, [this](bool on) { m_host.setRealTimeScan(on); });
     connect(m_runAtStartBox, &QCheckBox::clicked, this, [this](bool on) { m_host.setRunAtStart(on); });
@@ -51,10 +56,20 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     m_helpButton->setAutoRaise(true);
     m_helpButton->setToolTip(QStringLiteral("Help"));
     m_helpButton->setCursor(Qt::PointingHandCursor);
-    m_helpButton->setStyleSheet(QStringLiteral("QToolButton { border: none; background: transparent; }"));
-    connect(m_helpButton, &QToolButton::clicked, this, [this] { m_host.openHelp(); });
+    m_helpButton->setStyleSheet(QStringLiteral("QToolButton { border: none; background: transparent; }"
+                                               "QToolButton::menu-indicator { image: none; }"));
+    m_helpButton->setPopupMode(QToolButton::InstantPopup);
+    auto* helpMenu = new QMenu(m_helpButton);
+    helpMenu->setObjectName(QStringLiteral("helpMenu"));
+    connect(helpMenu->addAction(QStringLiteral("Tidewell Help")), &QAction::triggered, this,
+            [this] { m_host.openHelp(); });
+    m_restoreDefaults = helpMenu->addAction(QStringLiteral("Restore Default Selection"));
+    connect(m_restoreDefaults, &QAction::triggered, this, &BottomBar::restoreDefaultSelectionRequested);
+    m_helpButton->setMenu(helpMenu);
 
     m_indicator->setColor(kAccentColor);
+    m_statusText->setObjectName(QStringLiteral("statusText"));
+    setTextColour(*m_statusText, kMutedTextColor);
     m_refreshButton->setObjectName(QStringLiteral("refreshButton"));
     styleSecondaryButton(*m_refreshButton);
     m_cleanButton->setObjectName(QStringLiteral("cleanButton"));
@@ -75,6 +90,7 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     auto* actions = new QHBoxLayout;
     actions->setSpacing(10);
     actions->addWidget(m_indicator);
+    actions->addWidget(m_statusText);
     actions->addStretch(1);
     actions->addWidget(m_refreshButton);
     actions->addWidget(m_cleanButton);
@@ -93,6 +109,16 @@ void BottomBar::showChoices() {
     m_realTimeScanBox->setToolTip(m_host.purgeScheduledBySystem() ? kRealTimeScheduledTip : kRealTimeTip);
     m_runAtStartBox->setChecked(choices.runAtStart());
     m_hideTaskbarEntryBox->setChecked(!choices.showsTaskbarEntry());
+    // Without a status area the icon that would bring a hidden window back is missing, so the window stays.
+    const bool statusArea = m_host.statusAreaAvailable();
+    m_hideTaskbarEntryBox->setEnabled(statusArea);
+    m_hideTaskbarEntryBox->setToolTip(statusArea ? kHideEntryTip : kNoStatusAreaTip);
+}
+
+void BottomBar::showEvent(QShowEvent* event) {
+    // A status area may have come or gone since the choices were last shown.
+    showChoices();
+    QWidget::showEvent(event);
 }
 
 // A faint band with a hairline above, its lower corners following the window's.

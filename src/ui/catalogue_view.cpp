@@ -1,10 +1,13 @@
 #include "ui/catalogue_view.hpp"
 
 #include <QLabel>
+#include <algorithm>
+#include <map>
 #include <QPushButton>
 #include <QVBoxLayout>
 
 #include "app/window_host.hpp"
+#include "base/byte_count.hpp"
 #include "catalogue/ticks.hpp"
 #include "sources/builders.hpp"
 #include "ui/adult_history_info_view.hpp"
@@ -14,6 +17,7 @@
 #include "ui/item_table_source.hpp"
 #include "ui/popover.hpp"
 #include "ui/section_card.hpp"
+#include "ui/selection_memory.hpp"
 #include "ui/spinning_indicator.hpp"
 #include "ui/widgets.hpp"
 #include "ui/window_clean.hpp"
@@ -34,7 +38,10 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
     // 10 above the first card and 10 after each, 5 below: 75 a section and 15 more.
     m_itemTable->setRowSpacing(kRowStep - SectionCard::kHeight, QMargins(20, 10, 20, 5));
     m_itemSource = std::make_unique<ItemTableSource>(*m_itemTable, catalogue());
-    connect(m_itemSource.get(), &ItemTableSource::ticked, this, &CatalogueView::refreshTable);
+    connect(m_itemSource.get(), &ItemTableSource::ticked, this, [this] {
+        rememberSelection();
+        refreshTable();
+    });
     connect(m_itemSource.get(), &ItemTableSource::detailsRequested, this, &CatalogueView::showDetails);
     connect(m_itemSource.get(), &ItemTableSource::infoRequested, this, &CatalogueView::showAdultHistoryInfo);
     m_emptyText = new QLabel(QStringLiteral("Looking for traces…"), m_tableArea);
@@ -58,6 +65,7 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
 
     m_detailsPanel = new DetailsPanel(this);
     connect(m_detailsPanel, &DetailsPanel::closed, this, [this] {
+        rememberSelection();
         setMinimumHeight(0);
         refreshTable();
     });
@@ -67,12 +75,20 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
                                             options.running ? std::move(options.running)
                                                             : std::shared_ptr(systemRunningApplications()));
     connect(m_bottomBar->refreshButton(), &QPushButton::clicked, this, [this] { m_driver->refresh(); });
+    connect(m_bottomBar, &BottomBar::restoreDefaultSelectionRequested, this, &CatalogueView::restoreDefaultSelection);
     connect(m_bottomBar->cleanButton(), &QPushButton::clicked, m_clean.get(), &WindowClean::clean);
     connect(m_clean.get(), &WindowClean::busyChanged, this, [this](bool busy) {
         m_bottomBar->refreshButton()->setEnabled(!busy);
         refreshTable();
     });
     connect(m_clean.get(), &WindowClean::removed, this, &CatalogueView::rescan);
+
+    connect(m_clean.get(), &WindowClean::progressed, this, [this](std::size_t done, std::size_t total) {
+        m_bottomBar->statusText()->setText(QStringLiteral("%1 of %2").arg(done).arg(total));
+    });
+    m_clean->setConfirmationText([this] {
+        return QStringLiteral("%1 from %2 will be removed.").arg(selectedText().chopped(9), tickedSectionNames());
+    });
 
     m_host.restoreSettings();
     m_driver->startScan();
@@ -95,6 +111,7 @@ void CatalogueView::stopIndicator() {
 }
 
 void CatalogueView::sectionsChanged() {
+    restoreNewSections();
     const auto sections = static_cast<int>(catalogue().size());
     m_itemTable->setVisible(sections != 0);
     m_emptyText->setVisible(sections == 0 && m_driver->scanRunning());
@@ -103,6 +120,36 @@ void CatalogueView::sectionsChanged() {
                                                  : kMostTableHeight;
     m_tableArea->setFixedHeight(m_height);
     refreshTable();
+}
+
+void CatalogueView::restoreNewSections() {
+    // Sections only ever arrive at the end of the catalogue; a scan starts from an empty one.
+    const RecordList sections = catalogue().snapshot();
+    if (sections.size() < m_sectionsRestored) {
+        m_sectionsRestored = 0;
+    }
+    if (sections.size() == m_sectionsRestored) {
+        return;
+    }
+    const QByteArray remembered = m_host.storedSelection();
+    for (std::size_t index = m_sectionsRestored; index < sections.size(); ++index) {
+        restoreSelection(Section(sections[index]), remembered);
+    }
+    m_sectionsRestored = sections.size();
+}
+
+void CatalogueView::rememberSelection() {
+    m_host.storeSelection(tidewell::rememberedSelection(sectionsOf(catalogue().snapshot()), m_host.storedSelection()));
+}
+
+void CatalogueView::restoreDefaultSelection() {
+    if (m_clean->isBusy()) {
+        return;
+    }
+    // Forgotten, then scanned afresh: every item comes back with its builder's tick.
+    m_host.storeSelection({});
+    m_driver->setScanRunning(false);
+    m_driver->refresh();
 }
 
 void CatalogueView::scanFinished() {
@@ -116,8 +163,49 @@ void CatalogueView::rescan() {
     m_driver->startScan();
 }
 
+QString CatalogueView::selectedText() const {
+    std::vector<MeasuredLocation> ticked;
+    const std::vector<MeasuredLocation> measured = m_driver->measuredLocations();
+    std::map<std::string, std::int64_t> sizes;
+    for (const MeasuredLocation& location : measured) {
+        sizes.emplace(location.path, location.bytes);
+    }
+    for (const Section& section : sectionsOf(m_driver->catalogue().snapshot())) {
+        for (const Item& item : section.items()) {
+            const UrlList* locations = item.locations();
+            if (!item.isTicked() || locations == nullptr) {
+                continue;
+            }
+            for (const FileUrl& location : *locations) {
+                const auto size = sizes.find(location.path);
+                ticked.push_back({location.path, size != sizes.end() ? size->second : 0});
+            }
+        }
+    }
+    // A place that two ticked items name, or that lies inside another ticked one, is counted once.
+    return QStringLiteral("%1 selected").arg(QString::fromStdString(formatByteCount(bytesCountedOnce(ticked))));
+}
+
+QString CatalogueView::tickedSectionNames() const {
+    QStringList names;
+    for (const Section& section : sectionsOf(m_driver->catalogue().snapshot())) {
+        const std::vector<Item> items = section.items();
+        if (std::any_of(items.begin(), items.end(), [](const Item& item) { return item.isTicked(); })) {
+            names.append(QString::fromStdString(section.name()));
+        }
+    }
+    if (names.size() <= 1) {
+        return names.join(QString());
+    }
+    const QString last = names.takeLast();
+    return QStringLiteral("%1 and %2").arg(names.join(QStringLiteral(", ")), last);
+}
+
 void CatalogueView::refreshTable() {
     m_itemTable->reload();
+    if (!m_clean->isBusy()) {
+        m_bottomBar->statusText()->setText(selectedText());
+    }
     m_bottomBar->cleanButton()->setEnabled(!m_clean->isBusy() && anythingToClean(catalogue()));
 }
 

@@ -74,6 +74,12 @@ public:
     /// is under way.
     void refreshTable();
 
+    /// The bottom bar's total: the bytes of every ticked item's locations, each place counted once, as
+    /// "<size> selected".
+    [[nodiscard]] QString selectedText() const;
+    /// The names of the sections with something ticked, as "A, B and C".
+    [[nodiscard]] QString tickedSectionNames() const;
+
     /// The table area's height.
     [[nodiscard]] int tableHeight() const { return m_height; }
     [[nodiscard]] CellTable* itemTable() const { return m_itemTable; }
@@ -97,13 +103,22 @@ public:
 protected:
     void resizeEvent(QResizeEvent* event) override;
 
+    /// Stores the ticks of every section now shown (see ui/selection_memory); done after every change of a tick.
+    void rememberSelection();
+    /// The help menu's "Restore Default Selection": the stored ticks are forgotten and the disk scanned afresh, so
+    /// every item shows its default tick. Nothing while a clean is under way.
+    void restoreDefaultSelection();
+
 private:
     void rescan();
+    // Lays the stored ticks over the sections the scan appended since the last call.
+    void restoreNewSections();
 
     WindowHost& m_host;
     QtMainThread m_mainThread;
     std::unique_ptr<ScanDriver> m_driver;
     int m_height = kEmptyTableHeight;
+    std::size_t m_sectionsRestored = 0;
 
     QWidget* m_tableArea = nullptr;
     CellTable* m_itemTable = nullptr;

@@ -7,6 +7,10 @@ namespace tidewell {
 std::unique_ptr<FramelessWindow> makeMainWindow(WindowHost& host, CatalogueViewOptions options) {
     auto window = std::make_unique<FramelessWindow>();
     window->setContentView(new CatalogueView(host, std::move(options)));
+    // Which disk the window shows: a window on another --root or --user looks the same otherwise.
+    const QString home = QString::fromStdString(host.disk().homePath());
+    window->titleBar()->setToolTip(QStringLiteral("Scanning %1").arg(home));
+    window->setWindowTitle(QStringLiteral("Tidewell — %1").arg(home));
     QObject::connect(window.get(), &FramelessWindow::quitRequested, &host, &WindowHost::quit);
     QObject::connect(window.get(), &FramelessWindow::minimiseRequested, &host, &WindowHost::minimiseWindow);
     return window;

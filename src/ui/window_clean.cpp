@@ -1,9 +1,11 @@
 #include "ui/window_clean.hpp"
 
+#include <QStringList>
 #include <QTimer>
 
 #include "app/alerts.hpp"
 #include "app/window_host.hpp"
+#include "base/byte_count.hpp"
 #include "base/log.hpp"
 #include "cleaning/cleaning_engine.hpp"
 #include "ui/browser_sheet.hpp"
@@ -42,8 +44,36 @@ void WindowClean::retry() {
 }
 
 bool WindowClean::confirm() {
-    return Alerts::confirm(QStringLiteral("Confirm"),
-                           QStringLiteral("Are you sure you want to erase selected privacy data?"));
+    return Alerts::confirm(QStringLiteral("Are you sure you want to erase selected privacy data?"),
+                           m_confirmationText ? m_confirmationText() : QString(), m_sheet.window());
+}
+
+void WindowClean::removalProgress(std::size_t done, std::size_t total) {
+    // On the removal's thread: the window shows it on its own.
+    QMetaObject::invokeMethod(
+        this, [this, done, total] { emit progressed(done, total); }, Qt::QueuedConnection);
+}
+
+void WindowClean::reportCleaned(const CleanOutcome& outcome) {
+    QStringList lines;
+    lines.append(QStringLiteral("Removed %1 location%2, %3 freed.")
+                     .arg(outcome.removed.size())
+                     .arg(outcome.removed.size() == 1 ? QString() : QStringLiteral("s"))
+                     .arg(QString::fromStdString(formatByteCount(static_cast<std::int64_t>(outcome.bytesFreed())))));
+    for (const PurgedDatabase& purged : outcome.purged) {
+        lines.append(QStringLiteral("%1: %2 history rows removed.")
+                         .arg(QString::fromStdString(purged.database))
+                         .arg(purged.rowsRemoved));
+    }
+    if (outcome.leftAnything()) {
+        lines.append(QString());
+        lines.append(QStringLiteral("Left as it was:"));
+        for (const LeftAsItWas& left : outcome.left) {
+            lines.append(QString::fromStdString(describe(left)));
+        }
+    }
+    m_report = Alerts::showSheet({QStringLiteral("Cleaning finished"), lines.join(QLatin1Char('\n')),
+                                  {QStringLiteral("OK")}, 0, m_sheet.window()});
 }
 
 void WindowClean::showBrowsersInTheWay(const RecordList& entries) {

@@ -1,7 +1,10 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
+#include <QWidget>
 #include <chrono>
+#include <functional>
 #include <memory>
 
 #include "catalogue/scan_driver.hpp"
@@ -26,6 +29,8 @@ class WindowHost;
 ///   meanwhile; ticks changed meanwhile count for the next clean. What is left as it was is logged.
 /// - When it has ended: the indicator stops, removed is emitted (the window scans afresh), and a sheet put up by
 ///   the check is ended.
+/// - Then the report: an alert "Cleaning finished" whose text says what went (locations and bytes, rows purged
+///   from each history database) and what was left as it was and why; OK closes it.
 /// While a clean is under way (busy) a second Clean or Retry does nothing.
 class WindowClean : public QObject, private CleanFace {
     Q_OBJECT
@@ -42,6 +47,9 @@ public:
     WindowClean(const WindowClean&) = delete;
     WindowClean& operator=(const WindowClean&) = delete;
 
+    /// What the confirmation's informative text says (how much goes and from which sections), asked each time.
+    void setConfirmationText(std::function<QString()> text) { m_confirmationText = std::move(text); }
+
     /// The Clean button.
     void clean();
     /// The browser sheet's Retry.
@@ -49,6 +57,8 @@ public:
 
     /// Whether a clean is between its confirmation (or a successful Retry) and the end of its removal.
     [[nodiscard]] bool isBusy() const { return m_busy; }
+    /// The report of the last clean while it is up (null once OK closed it, or when a test answered it).
+    [[nodiscard]] QWidget* report() const { return m_report; }
     /// The word list the removal purges history with (loaded once, when the window is made).
     [[nodiscard]] const AdultWords& adultWords() const { return m_words; }
 
@@ -57,6 +67,8 @@ signals:
     void busyChanged(bool busy);
     /// A removal ended: the catalogue no longer says what is on the disk.
     void removed();
+    /// The removal has dealt with done of its total locations (on the main thread).
+    void progressed(std::size_t done, std::size_t total);
 
 private:
     bool confirm() override;
@@ -66,6 +78,8 @@ private:
     DeletionBoundary deletionBoundary() override;
     void reportLeft(const LeftAsItWas& left) override;
     void rescan() override;
+    void removalProgress(std::size_t done, std::size_t total) override;
+    void reportCleaned(const CleanOutcome& outcome) override;
 
     void setBusy(bool busy);
 
@@ -75,6 +89,8 @@ private:
     SpinningIndicator& m_indicator;
     std::shared_ptr<const RunningApplications> m_running;
     AdultWords m_words;
+    std::function<QString()> m_confirmationText;
+    QPointer<QWidget> m_report;
     bool m_busy = false;
     // Whether the clean under way got past the sheet's Retry: no indicator, and the sheet ends after the removal.
     bool m_afterRetry = false;

@@ -49,6 +49,8 @@ protected:
     QString settingsFile = QString::fromStdString(temp.path() + "/config/tidewell/tidewell.conf");
     std::string autostartFolder = temp.path() + "/config/autostart";
     int windowsMade = 0;
+    /// Whether the desktop has a status area for the applications made here (a tray host runs).
+    bool statusArea = true;
 
     void SetUp() override {
         disk.folder("Documents").folder("/Users/bob");
@@ -62,8 +64,13 @@ protected:
     }
 
     std::unique_ptr<Application> makeApplication(bool launchedAtLogin = false) {
-        auto application = std::make_unique<Application>(AppEnvironment{
-            disk.disk(), settingsFile, {autostartFolder, "/usr/bin/tidewell"}, launchedAtLogin, QString()});
+        auto application = std::make_unique<Application>(AppEnvironment{disk.disk(),
+                                                                         settingsFile,
+                                                                         {autostartFolder, "/usr/bin/tidewell"},
+                                                                         launchedAtLogin,
+                                                                         QString(),
+                                                                         QString(),
+                                                                         [this] { return statusArea; }});
         application->setMainWindowFactory([this](WindowHost& host) -> std::unique_ptr<QWidget> {
             ++windowsMade;
             return std::make_unique<StandInMainWindow>(host);

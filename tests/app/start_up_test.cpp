@@ -61,23 +61,66 @@ TEST_F(StartUpTest, WithoutAGrantTheAccessWindowComesInsteadAndNothingIsRestored
     EXPECT_EQ(stored(keys::kScanFlag), QVariant(false));
 }
 
-TEST_F(StartUpTest, AHiddenTaskbarEntryKeepsTheWindowUnshownUntilAnotherStartAsksForIt) {
+TEST_F(StartUpTest, OpenMainConsoleBringsTheWindowBackInEveryState) {
     storeGrant("/Users/ann");
     AppSettings(settingsFile).setBool(keys::kTaskbarEntry, false);
     const auto application = launch();
-
     QWidget* window = application->mainWindow();
     ASSERT_NE(window, nullptr) << "the window is made all the same";
+    EXPECT_FALSE(window->isVisible()) << "with a status area, a hidden taskbar entry starts in the status menu";
+    QAction* openMainConsole = application->statusMenu().menu()->actions().at(1);
+
+    openMainConsole->trigger();
+    EXPECT_TRUE(window->isVisible()) << "made unshown at start";
+    window->close();
     EXPECT_FALSE(window->isVisible());
-    application->bringBackMainWindow();
-    runEventsScheduledWithin(TaskbarPolicy::kSettleDelay); // past the bring-to-front that follows hiding the entry
-    EXPECT_FALSE(window->isVisible()) << "nothing brings it up: as designed";
+    openMainConsole->trigger();
+    EXPECT_TRUE(window->isVisible()) << "after closing";
+    window->showMinimized();
+    openMainConsole->trigger();
+    EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(window->isMinimized()) << "after minimising";
+
+    // Whatever the taskbar setting says.
+    application->setShowsTaskbarEntry(true);
+    window->close();
+    openMainConsole->trigger();
+    EXPECT_TRUE(window->isVisible());
 
     application->reopen();
     EXPECT_TRUE(window->isVisible());
 }
 
-TEST_F(StartUpTest, AShownEntryMakesANormalWindowAndHidingItBringsTheWindowForwardOnceSettled) {
+TEST_F(StartUpTest, OpenMainConsoleBeforeAGrantBringsTheAccessWindow) {
+    const auto application = launch();
+    ASSERT_NE(application->accessWindow(), nullptr);
+    application->accessWindow()->hide();
+    application->statusMenu().menu()->actions().at(1)->trigger();
+    EXPECT_TRUE(application->accessWindow()->isVisible());
+}
+
+TEST_F(StartUpTest, WithoutAStatusAreaTheWindowShowsAtEveryStartAndClosingItQuits) {
+    statusArea = false;
+    storeGrant("/Users/ann");
+    AppSettings(settingsFile).setBool(keys::kTaskbarEntry, false);
+    const auto application = launch();
+    ASSERT_NE(application->mainWindow(), nullptr);
+    EXPECT_TRUE(application->mainWindow()->isVisible()) << "nothing else could bring it up";
+    EXPECT_NE(application->statusMenu().icon(), nullptr) << "made for a status area that appears later";
+
+    QTimer::singleShot(0, application->mainWindow(), &QWidget::close);
+    QTimer::singleShot(10000, [] { QCoreApplication::exit(99); });
+    EXPECT_EQ(QApplication::exec(), 0);
+
+    // A status area that has appeared by then keeps Tidewell in it instead.
+    statusArea = true;
+    application->mainWindow()->show();
+    application->mainWindow()->close();
+    QTimer::singleShot(500, [] { QCoreApplication::exit(7); });
+    EXPECT_EQ(QApplication::exec(), 7);
+}
+
+TEST_F(StartUpTest, ChangingTheTaskbarEntryNeverHidesMinimisesOrMovesTheWindow) {
     storeGrant("/Users/ann");
     AppSettings(settingsFile).setBool(keys::kTaskbarEntry, true);
     const auto application = launch();
@@ -85,23 +128,30 @@ TEST_F(StartUpTest, AShownEntryMakesANormalWindowAndHidingItBringsTheWindowForwa
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(window->isVisible());
     EXPECT_EQ(window->windowFlags() & Qt::WindowType_Mask, Qt::Window);
+    window->move(40, 30);
+    const QPoint place = window->pos();
 
     QSignalSpy hidden(&application->taskbar(), &TaskbarPolicy::entryHidden);
-    window->close();
     application->setShowsTaskbarEntry(false);
     EXPECT_EQ(stored(keys::kTaskbarEntry), QVariant(false));
     EXPECT_EQ(window->windowFlags() & Qt::WindowType_Mask, Qt::Tool);
-    EXPECT_FALSE(window->isVisible()) << "not at once";
+    EXPECT_TRUE(window->isVisible());
     ASSERT_TRUE(hidden.wait());
     EXPECT_TRUE(window->isVisible());
+    EXPECT_FALSE(window->isMinimized());
+    EXPECT_EQ(window->pos(), place);
 
-    window->close();
     application->setShowsTaskbarEntry(true);
     EXPECT_EQ(stored(keys::kTaskbarEntry), QVariant(true));
     EXPECT_EQ(window->windowFlags() & Qt::WindowType_Mask, Qt::Window);
+    EXPECT_TRUE(window->isVisible()) << "unticking the hide box once hid the window";
+    EXPECT_EQ(window->pos(), place);
+
+    // A closed window stays closed: the setting brings nothing up either.
+    window->close();
+    application->setShowsTaskbarEntry(false);
     runEventsScheduledWithin(TaskbarPolicy::kSettleDelay);
-    EXPECT_EQ(hidden.count(), 1);
-    EXPECT_FALSE(window->isVisible()) << "showing the entry moves no window";
+    EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(StartUpTest, AStartByTheLoginItemTurnsStartAtLoginOnForThisRun) {
@@ -149,7 +199,14 @@ TEST_F(StartUpTest, RunAtStartWritesThroughAndReportsAnEntryItCannotChange) {
     EXPECT_TRUE(loginEntryExists());
 }
 
-TEST_F(StartUpTest, QuittingFromTheAccessWindowEndsTheApplicationAndWritesScan) {
+TEST_F(StartUpTest, QuittingOrClosingTheAccessWindowEndsTheApplicationAndWritesScan) {
+    const auto closed = launch();
+    // The window manager's close button leaves no hidden process behind.
+    ASSERT_NE(closed->accessWindow(), nullptr);
+    QTimer::singleShot(0, closed->accessWindow(), &QWidget::close);
+    QTimer::singleShot(10000, [] { QCoreApplication::exit(99); });
+    EXPECT_EQ(QApplication::exec(), 0);
+
     const auto application = launch();
     AppSettings(settingsFile).setBool(keys::kScanFlag, true);
     ASSERT_NE(application->accessWindow(), nullptr);

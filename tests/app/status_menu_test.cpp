@@ -1,5 +1,6 @@
 #include <QAction>
 #include <QMenu>
+#include <QSystemTrayIcon>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
@@ -40,9 +41,11 @@ TEST_F(StatusMenuTest, TheMenuHasItsThreeEntriesEachWithItsTitleAsKeyEquivalent)
         EXPECT_EQ(entry(i)->text(), titles[i]);
         EXPECT_EQ(entry(i)->property("keyEquivalent").toString(), titles[i]);
     }
-    // Offscreen there is no status area, so no icon; the menu works all the same.
+    EXPECT_EQ(application->statusMenu().icon(), nullptr) << "none before the first refresh";
+    // Offscreen there is no status area; the icon is made all the same, for one that appears later.
     application->statusMenu().refresh(true);
-    EXPECT_EQ(application->statusMenu().icon(), nullptr);
+    ASSERT_NE(application->statusMenu().icon(), nullptr);
+    EXPECT_FALSE(application->statusMenu().icon()->icon().isNull());
 }
 
 TEST_F(StatusMenuTest, TheRealTimeEntryTogglesStoresAndIsRetitledLeavingOneTimerAtMost) {

@@ -1,3 +1,6 @@
+#include <QLabel>
+#include "base/byte_count.hpp"
+#include "catalogue/items.hpp"
 #include <QFile>
 #include <QProcess>
 #include <QPushButton>
@@ -85,8 +88,10 @@ TEST_F(CleanTest, RunningBrowsersHoldTheCleanInTheSheetUntilRetryFindsThemGone) 
     answerYes();
     bar().cleanButton()->click();
     ASSERT_EQ(Alerts::shownAlerts().size(), 1U);
-    EXPECT_EQ(Alerts::shownAlerts().front().messageText, "Confirm");
-    EXPECT_EQ(Alerts::shownAlerts().front().informativeText, "Are you sure you want to erase selected privacy data?");
+    EXPECT_EQ(Alerts::shownAlerts().front().messageText, "Are you sure you want to erase selected privacy data?");
+    const QString howMuch = Alerts::shownAlerts().front().informativeText;
+    EXPECT_TRUE(howMuch.endsWith(" will be removed.")) << howMuch.toStdString();
+    EXPECT_TRUE(howMuch.contains("Chrome") && howMuch.contains("Firefox")) << "which sections";
     EXPECT_TRUE(sheet().isUp());
     EXPECT_EQ(sheet().card()->rowNames(), (QStringList{"Chrome", "Firefox"}));
     EXPECT_EQ(sheet().card()->rowImages(), (QStringList{"browser_chrome", "browser_firefox"}));
@@ -121,7 +126,8 @@ TEST_F(CleanTest, RunningBrowsersHoldTheCleanInTheSheetUntilRetryFindsThemGone) 
     EXPECT_FALSE(exists(kFirefoxCookies));
     EXPECT_FALSE(exists(kSystemCache));
     EXPECT_TRUE(exists("Documents")) << "what no item names stays";
-    EXPECT_EQ(Alerts::shownAlerts().size(), 1U);
+    ASSERT_TRUE(QTest::qWaitFor([&] { return Alerts::shownAlerts().size() == 2U; }, 5000));
+    EXPECT_EQ(Alerts::shownAlerts()[1].messageText, "Cleaning finished") << "asked once, then the report";
     waitForScan();
     ASSERT_GE(rowNamed("Chrome"), 0);
     EXPECT_NE(section(rowNamed("Chrome")), chromeBefore);
@@ -214,9 +220,63 @@ TEST_F(CleanTest, TheWindowsCleanRemovesOnlyTickedLocationsInsideTheGrantedFolde
 
     std::filesystem::rename(disk.home(), disk.at("/Users/ann-moved"));
     disk.file("Library/Caches/inside", 10);
+    card(0).checkBox()->click(); // the untick was remembered through the rescan
+    EXPECT_EQ(tick(item(0, 0)), 1);
     cleanAndWait();
     EXPECT_TRUE(log.writerOf(inside.path + leftOutside));
     EXPECT_TRUE(exists("Library/Caches/inside")) << "not the granted folder";
+}
+
+// The bottom bar counts what is ticked once per place; the confirmation says how much and from where; the report
+// after the clean says what went, and OK closes it.
+TEST_F(CleanTest, TheTotalCountsEachPlaceOnceAndTheReportSaysWhatWent) {
+    disk.file("Library/Caches/app/a", 3000).file("Library/Caches/app/b", 3000).file("Library/Logs/l", 5000);
+    const FileUrl caches{disk.at("Library/Caches/app")};
+    const FileUrl inner{disk.at("Library/Caches/app/a")};
+    const FileUrl logs{disk.at("Library/Logs/l")};
+    launch(CatalogueViewOptions{
+        std::vector<SectionBuilder>{[=](ScanEnv& env) {
+            RecordList items{makeItem({caches}, "Caches", false), makeItem({inner}, "Inner", false),
+                             makeItem({logs}, "Logs", false, false)};
+            const MeasuredItems measured = measureItems(items, env.sizes);
+            return BuilderOutcome{sectionNamed("System", items), measured.bytes, true, measured.locations};
+        }},
+        std::make_shared<FakeRunningApps>(std::initializer_list<std::set<std::string>>{{}})});
+    settle();
+    const auto sizeOf = [&](const std::string& path) {
+        for (const MeasuredLocation& location : view().scanDriver().measuredLocations()) {
+            if (location.path == disk.at(path)) {
+                return location.bytes;
+            }
+        }
+        return std::int64_t{-1};
+    };
+    const std::int64_t cachesBytes = sizeOf("Library/Caches/app");
+    ASSERT_GT(cachesBytes, sizeOf("Library/Caches/app/a"));
+    EXPECT_EQ(bar().statusText()->text(), QString::fromStdString(formatByteCount(cachesBytes)) + " selected")
+        << "Inner lies inside Caches and counts once; Logs is unticked";
+
+    answerYes();
+    bar().cleanButton()->click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return !view().clean().isBusy(); }, 10000));
+    ASSERT_GE(Alerts::shownAlerts().size(), 1U);
+    EXPECT_EQ(Alerts::shownAlerts()[0].informativeText,
+              QString::fromStdString(formatByteCount(cachesBytes)) + " from System will be removed.");
+    ASSERT_TRUE(QTest::qWaitFor([&] { return view().clean().report() != nullptr; }, 10000));
+    ASSERT_EQ(Alerts::shownAlerts().size(), 2U);
+    const AlertContent& report = Alerts::shownAlerts()[1];
+    EXPECT_EQ(report.messageText, "Cleaning finished");
+    EXPECT_TRUE(report.informativeText.startsWith("Removed ")) << report.informativeText.toStdString();
+    EXPECT_TRUE(report.informativeText.contains(" freed.")) << report.informativeText.toStdString();
+    EXPECT_FALSE(exists("Library/Caches/app"));
+    EXPECT_TRUE(exists("Library/Logs/l"));
+    QWidget* sheetShown = view().clean().report();
+    EXPECT_TRUE(sheetShown->isVisible());
+    EXPECT_EQ(sheetShown->parentWidget(), &window()) << "over the window, centred on it";
+    auto* ok = sheetShown->findChild<QPushButton*>();
+    ASSERT_NE(ok, nullptr);
+    ok->click();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return view().clean().report() == nullptr; }, 5000)) << "OK closes it";
 }
 
 } // namespace

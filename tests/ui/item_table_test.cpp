@@ -203,7 +203,7 @@ TEST_F(ItemTableTest, RefreshScansAgainWithFreshRecords) {
     bar().refreshButton()->click();
     waitForScan();
     EXPECT_NE(section(0), before);
-    EXPECT_EQ(card(0).checkBox()->checkState(), Qt::Checked) << "ticks are not kept across scans";
+    EXPECT_EQ(card(0).checkBox()->checkState(), Qt::Unchecked) << "the person's ticks are kept across scans";
 }
 
 TEST_F(ItemTableTest, TheSettingsBoxesShowTheStoredSettingsAndWriteThrough) {
@@ -269,7 +269,13 @@ TEST_F(ItemTableTest, ThePromotionRowKeepsCleanEnabledAndItAndHelpOpenTheirPages
 
     UrlCatcher catcher;
     QDesktopServices::setUrlHandler(QStringLiteral("https"), &catcher, "open");
-    bar().helpButton()->click();
+    ASSERT_NE(bar().helpButton()->menu(), nullptr);
+    const QList<QAction*> help = bar().helpButton()->menu()->actions();
+    ASSERT_EQ(help.size(), 2);
+    EXPECT_EQ(help[0]->text(), "Tidewell Help");
+    EXPECT_EQ(help[1], bar().restoreDefaultsAction());
+    EXPECT_EQ(help[1]->text(), "Restore Default Selection");
+    help[0]->trigger();
     card(1).promotionButton()->click();
     QDesktopServices::unsetUrlHandler(QStringLiteral("https"));
     EXPECT_EQ(catcher.opened, (QList<QUrl>{Application::helpPageUrl(), ItemTableSource::promotionPageUrl()}));

@@ -82,6 +82,8 @@ protected:
     /// The user's systemd unit folder as Tidewell watches it, for the purge timer of `tidewell-cli schedule`.
     std::string unitFolder = temp.path() + "/config/systemd/user";
     std::unique_ptr<Application> application;
+    /// Whether the desktop has a status area (a tray host runs).
+    bool statusArea = true;
 
     void SetUp() override {
         disk.folder("Documents");
@@ -117,7 +119,8 @@ protected:
                                                          {temp.path() + "/config/autostart", "/usr/bin/tidewell"},
                                                          false,
                                                          QString(),
-                                                         QString::fromStdString(unitFolder)});
+                                                         QString::fromStdString(unitFolder),
+                                                         [this] { return statusArea; }});
         application->setMainWindowFactory(mainWindowFactory(std::move(options)));
         application->start();
         ASSERT_NE(catalogueViewOf(application->mainWindow()), nullptr);

@@ -1,0 +1,69 @@
+// The main window as a person meets it on a desktop: with or without a status area, where it is placed, and what
+// its title bar says about the disk.
+
+#include <QCheckBox>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include "app/window_placement.hpp"
+#include "window_fixture.hpp"
+
+namespace tidewell::testing {
+namespace {
+
+class WindowLifeTest : public WindowFixture {};
+
+TEST_F(WindowLifeTest, WithoutAStatusAreaTheHideBoxIsDisabledAndSaysWhy) {
+    statusArea = false;
+    launch(sectionsNamed({"Mail"}));
+    settle();
+    QCheckBox* hide = bar().hideTaskbarEntryBox();
+    EXPECT_FALSE(hide->isEnabled());
+    EXPECT_TRUE(hide->toolTip().contains("no status area")) << hide->toolTip().toStdString();
+
+    // A status area that appears enables it at the next showing of the choices.
+    statusArea = true;
+    application->setRealTimeScan(false);
+    EXPECT_TRUE(hide->isEnabled());
+    EXPECT_EQ(hide->toolTip(), "Keep Tidewell in the status menu only");
+}
+
+TEST_F(WindowLifeTest, TheFirstStartCentresTheWindowWhollyOnScreenAndLaterStartsPutItBack) {
+    const std::vector<std::string> names{"Safari", "Chrome", "Firefox", "System", "Mail", "Flash", "Adult History"};
+    launch(sectionsNamed(names));
+    settle();
+    const QRect area = window().screen()->availableGeometry();
+    EXPECT_TRUE(area.contains(window().frameGeometry())) << "grown by the scan, it still lies wholly on screen";
+    EXPECT_LE((window().frameGeometry().center() - area.center()).manhattanLength(), 2);
+
+    window().move(20, 10);
+    settle();
+    application.reset();
+    launch(sectionsNamed(names));
+    settle();
+    EXPECT_EQ(window().pos(), QPoint(20, 10)) << "the last place, still on screen";
+
+    // A place no screen holds any more (a screen since taken away) is not used.
+    application.reset();
+    AppSettings(settingsFile).setPoint(keys::kWindowPosition, QPoint(5000, 4000));
+    launch(sectionsNamed(names));
+    settle();
+    EXPECT_TRUE(area.contains(window().frameGeometry()));
+}
+
+TEST(WindowPlacementRules, AWindowIsKeptUnderATopPanelAndAboveTheBottomOfTheScreen) {
+    // A 1024 x 768 screen with a 30-pixel panel at the top.
+    const QRect area(0, 30, 1024, 738);
+    const QRect centred = WindowPlacement::centred(QSize(560, 700), area);
+    EXPECT_TRUE(area.contains(centred));
+    EXPECT_EQ(centred.top(), 49);
+    // Placed from another window's corner, it would run off the bottom: it is moved up, not cut.
+    const QRect kept = WindowPlacement::keptOn(QRect(QPoint(300, 200), QSize(560, 700)), area);
+    EXPECT_EQ(kept.bottom(), area.bottom());
+    EXPECT_EQ(kept.left(), 300);
+    // Too tall for the area: its top stays reachable.
+    EXPECT_EQ(WindowPlacement::keptOn(QRect(QPoint(0, 0), QSize(400, 900)), area).top(), 30);
+}
+
+} // namespace
+} // namespace tidewell::testing
