@@ -10,7 +10,8 @@ std::unique_ptr<FramelessWindow> makeMainWindow(WindowHost& host, CatalogueViewO
     // Which disk the window shows: a window on another --root or --user looks the same otherwise.
     const QString home = QString::fromStdString(host.disk().homePath());
     window->titleBar()->setToolTip(QStringLiteral("Scanning %1").arg(home));
-    window->setWindowTitle(QStringLiteral("Tidewell — %1").arg(home));
+    // The system adds " — Tidewell" to a window title itself, so the taskbar reads "<home> — Tidewell".
+    window->setWindowTitle(home);
     QObject::connect(window.get(), &FramelessWindow::quitRequested, &host, &WindowHost::quit);
     QObject::connect(window.get(), &FramelessWindow::minimiseRequested, &host, &WindowHost::minimiseWindow);
     return window;

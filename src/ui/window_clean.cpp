@@ -1,5 +1,7 @@
 #include "ui/window_clean.hpp"
 
+#include <algorithm>
+
 #include <QStringList>
 #include <QTimer>
 
@@ -68,8 +70,20 @@ void WindowClean::reportCleaned(const CleanOutcome& outcome) {
     if (outcome.leftAnything()) {
         lines.append(QString());
         lines.append(QStringLiteral("Left as it was:"));
-        for (const LeftAsItWas& left : outcome.left) {
-            lines.append(QString::fromStdString(describe(left)));
+        // The sheet stays on the screen: the first places and how many more; the log names every one.
+        constexpr std::size_t kPlacesShown = 8;
+        const std::size_t shown = std::min(outcome.left.size(), kPlacesShown);
+        for (std::size_t i = 0; i < shown; ++i) {
+            const LeftAsItWas& left = outcome.left[i];
+            lines.append(QStringLiteral("%1: %2%3")
+                             .arg(QString::fromStdString(left.location),
+                                  QString::fromUtf8(reasonName(left.reason).data(),
+                                                    static_cast<qsizetype>(reasonName(left.reason).size())),
+                                  left.detail.empty() ? QString()
+                                                      : QStringLiteral(" (%1)").arg(QString::fromStdString(left.detail))));
+        }
+        if (outcome.left.size() > shown) {
+            lines.append(QStringLiteral("… and %1 more, each named in the log.").arg(outcome.left.size() - shown));
         }
     }
     m_report = Alerts::showSheet({QStringLiteral("Cleaning finished"), lines.join(QLatin1Char('\n')),

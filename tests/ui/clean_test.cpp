@@ -267,7 +267,8 @@ TEST_F(CleanTest, TheTotalCountsEachPlaceOnceAndTheReportSaysWhatWent) {
     const AlertContent& report = Alerts::shownAlerts()[1];
     EXPECT_EQ(report.messageText, "Cleaning finished");
     EXPECT_TRUE(report.informativeText.startsWith("Removed ")) << report.informativeText.toStdString();
-    EXPECT_TRUE(report.informativeText.contains(" freed.")) << report.informativeText.toStdString();
+    EXPECT_TRUE(report.informativeText.contains(QString::fromStdString(formatByteCount(cachesBytes)) + " freed."))
+        << "what went is what was selected: " << report.informativeText.toStdString();
     EXPECT_FALSE(exists("Library/Caches/app"));
     EXPECT_TRUE(exists("Library/Logs/l"));
     QWidget* sheetShown = view().clean().report();
