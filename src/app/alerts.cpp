@@ -62,8 +62,8 @@ QMessageBox* makeBox(const AlertContent& content, std::vector<QPushButton*>& but
     box->setDefaultButton(buttons.front());
     // The box is as large as its text asks, but never so narrow that its title bar is all frame buttons.
     if (auto* grid = qobject_cast<QGridLayout*>(box->layout())) {
-        grid->addItem(new QSpacerItem(kAlertMinimumWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed), grid->rowCount(),
-                      0, 1, grid->columnCount());
+        grid->addItem(new QSpacerItem(kAlertMinimumWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                      grid->rowCount(), 0, 1, grid->columnCount());
     }
     if (content.escapeButton && *content.escapeButton >= 0 && *content.escapeButton < titles.size()) {
         box->setEscapeButton(buttons[static_cast<std::size_t>(*content.escapeButton)]);

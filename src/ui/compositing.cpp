@@ -1,10 +1,11 @@
 #include "ui/compositing.hpp"
 
+#include <xcb/xcb.h>
+
 #include <QByteArray>
 #include <QGuiApplication>
 #include <cstdlib>
 #include <memory>
-#include <xcb/xcb.h>
 
 namespace tidewell {
 

@@ -56,8 +56,8 @@ TEST_F(AlertsTest, TheConfirmationIsSizedToItsTextAndCentredOnItsWindow) {
         }
         QTest::keyClick(box, Qt::Key_Escape);
     });
-    EXPECT_FALSE(Alerts::confirm(QStringLiteral("Are you sure you want to erase selected privacy data?"), informative,
-                                 &window));
+    EXPECT_FALSE(
+        Alerts::confirm(QStringLiteral("Are you sure you want to erase selected privacy data?"), informative, &window));
     ASSERT_TRUE(shown.isValid());
     EXPECT_GE(shown.width(), 420) << "wide enough for its title bar";
     EXPECT_LT(shown.width(), window.width()) << "not stretched beyond what its text needs";

@@ -62,7 +62,8 @@ TEST_F(WindowChromeTest, WithoutACompositorTheWindowAndThePopoverAreSquareAndOpa
     const qreal ratio = image.devicePixelRatio();
     for (const QPoint corner : {QPoint(0, 0), QPoint(window().width() - 1, 0), QPoint(0, window().height() - 1),
                                 QPoint(window().width() - 1, window().height() - 1), QPoint(1, 1)}) {
-        const QColor pixel = image.pixelColor(static_cast<int>(corner.x() * ratio), static_cast<int>(corner.y() * ratio));
+        const QColor pixel =
+            image.pixelColor(static_cast<int>(corner.x() * ratio), static_cast<int>(corner.y() * ratio));
         EXPECT_EQ(pixel.alpha(), 255) << corner.x() << "," << corner.y();
         EXPECT_GT(pixel.lightness(), 150) << "drawn, not left black: " << corner.x() << "," << corner.y();
     }
@@ -96,8 +97,8 @@ TEST_F(WindowChromeTest, WithACompositorThePopoverIsRoundedWithItsArrow) {
     const QImage box = shown.grab().toImage();
     EXPECT_EQ(box.pixelColor(0, 0).alpha(), 0) << "beside the arrow and outside the rounding is see-through";
     EXPECT_EQ(box.pixelColor(box.width() / 2, box.height() / 2).alpha(), 255);
-    EXPECT_EQ(shown.height(), shown.contentView()->sizeHint().height() + 2 * PopoverWindow::kPadding +
-                                  PopoverWindow::kArrowHeight);
+    EXPECT_EQ(shown.height(),
+              shown.contentView()->sizeHint().height() + 2 * PopoverWindow::kPadding + PopoverWindow::kArrowHeight);
     popover.close();
 }
 
