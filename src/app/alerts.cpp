@@ -1,6 +1,7 @@
 #include "app/alerts.hpp"
 
 #include <QApplication>
+#include <QGridLayout>
 #include <QMessageBox>
 #include <QPushButton>
 #include <algorithm>
@@ -21,10 +22,29 @@ std::vector<AlertContent>& record() {
     return alerts;
 }
 
+// Narrower than this, a window manager's frame buttons crowd the alert's title bar.
+constexpr int kAlertMinimumWidth = 420;
+
+// A message box that opens centred on the window it is about, rather than wherever its first size put it.
+class CentredMessageBox : public QMessageBox {
+public:
+    using QMessageBox::QMessageBox;
+
+protected:
+    void showEvent(QShowEvent* event) override {
+        // The box takes its final size from its text here, before it reaches the screen; it is centred after that,
+        // still before it is shown.
+        QMessageBox::showEvent(event);
+        if (const QWidget* over = parentWidget() != nullptr ? parentWidget()->window() : nullptr) {
+            move(over->geometry().center() - QPoint(width() / 2, height() / 2));
+        }
+    }
+};
+
 // One QMessageBox shaped as the alert says: bold message, informative text, the application's icon, the buttons in
 // order with the first as default.
 QMessageBox* makeBox(const AlertContent& content, std::vector<QPushButton*>& buttons) {
-    auto* box = new QMessageBox(content.parent);
+    auto* box = new CentredMessageBox(content.parent);
     box->setWindowTitle(QApplication::applicationDisplayName());
     box->setText(content.messageText.isEmpty() ? QString()
                                                : QStringLiteral("<b>%1</b>").arg(content.messageText.toHtmlEscaped()));
@@ -40,6 +60,11 @@ QMessageBox* makeBox(const AlertContent& content, std::vector<QPushButton*>& but
         buttons.push_back(box->addButton(titles[index], role));
     }
     box->setDefaultButton(buttons.front());
+    // The box is as large as its text asks, but never so narrow that its title bar is all frame buttons.
+    if (auto* grid = qobject_cast<QGridLayout*>(box->layout())) {
+        grid->addItem(new QSpacerItem(kAlertMinimumWidth, 0, QSizePolicy::Minimum, QSizePolicy::Fixed),
+                      grid->rowCount(), 0, 1, grid->columnCount());
+    }
     if (content.escapeButton && *content.escapeButton >= 0 && *content.escapeButton < titles.size()) {
         box->setEscapeButton(buttons[static_cast<std::size_t>(*content.escapeButton)]);
     }

@@ -7,27 +7,48 @@
 #include <QMenu>
 #include <QPainter>
 #include <QSystemTrayIcon>
+#include <algorithm>
 
 namespace tidewell {
 
 namespace {
 
-// The status image is a template, a shape whose colour does not count: it is painted in the desktop's text colour,
-// which suits the status area of a light theme as well as a dark one.
-QIcon templateIcon(const QString& file) {
+// The status image is a shape whose colour does not count. Tidewell cannot know the colour of the panel its status
+// area sits on (a light theme may have a dark panel), so the shape is painted in the desktop's text colour inside a
+// rim of its background colour: one of the two always stands out from the panel.
+QPixmap tinted(const QPixmap& shape, const QColor& colour) {
+    QPixmap pixmap = shape;
+    QPainter painter(&pixmap);
+    painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
+    painter.fillRect(pixmap.rect(), colour);
+    return pixmap;
+}
+
+QIcon outlinedIcon(const QString& file) {
     const QIcon shape(file);
-    const QColor colour = QApplication::palette().color(QPalette::WindowText);
-    QIcon tinted;
+    const QPalette palette = QApplication::palette();
+    const QColor glyph = palette.color(QPalette::WindowText);
+    const QColor rim = palette.color(QPalette::Window);
+    QIcon icon;
     for (const int size : {16, 22, 24, 32, 48, 64}) {
-        QPixmap pixmap = shape.pixmap(size, size);
+        // The shape is drawn a little smaller than the icon so that the rim has room at the edges.
+        const int rimWidth = std::max(1, size / 16);
+        const QPixmap form = shape.pixmap(size - 2 * rimWidth, size - 2 * rimWidth);
+        const QPixmap front = tinted(form, glyph);
+        const QPixmap back = tinted(form, rim);
+        QPixmap pixmap(size, size);
+        pixmap.fill(Qt::transparent);
         QPainter painter(&pixmap);
-        painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
-        painter.fillRect(pixmap.rect(), colour);
+        for (int dx = -rimWidth; dx <= rimWidth; ++dx) {
+            for (int dy = -rimWidth; dy <= rimWidth; ++dy) {
+                painter.drawPixmap(rimWidth + dx, rimWidth + dy, back);
+            }
+        }
+        painter.drawPixmap(rimWidth, rimWidth, front);
         painter.end();
-        tinted.addPixmap(pixmap);
+        icon.addPixmap(pixmap);
     }
-    tinted.setIsMask(true);
-    return tinted;
+    return icon;
 }
 
 } // namespace
@@ -50,7 +71,7 @@ StatusMenu::~StatusMenu() = default;
 void StatusMenu::refresh(bool realTimeScanOn) {
     // The icon is made even while the desktop has no status area: one that appears later then shows it.
     if (!m_icon) {
-        m_icon = std::make_unique<QSystemTrayIcon>(templateIcon(QStringLiteral(":/icons/status_icon.svg")));
+        m_icon = std::make_unique<QSystemTrayIcon>(outlinedIcon(QStringLiteral(":/icons/status_icon.svg")));
         m_icon->setToolTip(QApplication::applicationDisplayName());
         m_icon->setContextMenu(m_menu.get());
         connect(m_icon.get(), &QSystemTrayIcon::activated, this, [this](QSystemTrayIcon::ActivationReason why) {

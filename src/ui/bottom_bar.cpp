@@ -126,7 +126,9 @@ void BottomBar::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath band;
-    band.addRoundedRect(QRectF(rect()), 5, 5);
+    // Square where the window is (no compositor to show through rounded corners).
+    const qreal radius = window()->testAttribute(Qt::WA_TranslucentBackground) ? 5 : 0;
+    band.addRoundedRect(QRectF(rect()), radius, radius);
     band.addRect(QRectF(0, 0, width(), height() / 2.0));
     painter.fillPath(band.simplified(), QColor(247, 248, 249));
     painter.setPen(QColor(228, 228, 228));

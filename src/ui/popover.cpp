@@ -5,6 +5,8 @@
 #include <QScreen>
 #include <algorithm>
 
+#include "ui/compositing.hpp"
+
 namespace tidewell {
 
 namespace {
@@ -17,9 +19,12 @@ constexpr int kScreenMargin = 6;
 // --- PopoverWindow ---
 
 PopoverWindow::PopoverWindow(QWidget* content)
-    : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint), m_content(content) {
+    : QWidget(nullptr, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint), m_content(content),
+      m_shaped(desktopComposites()) {
     setObjectName(QStringLiteral("PopoverWindow"));
-    setAttribute(Qt::WA_TranslucentBackground);
+    // Without a compositor the see-through corners and the band beside the arrow would show black: the popover is
+    // then a plain opaque rectangle that touches what it points at.
+    setAttribute(Qt::WA_TranslucentBackground, m_shaped);
     m_content->setParent(this);
     layOutContent();
 }
@@ -42,18 +47,24 @@ QPoint PopoverWindow::arrowTip() const {
 
 QSize PopoverWindow::sizeHint() const {
     const QSize content = m_content->sizeHint();
-    return {content.width() + 2 * kPadding, content.height() + 2 * kPadding + kArrowHeight};
+    return {content.width() + 2 * kPadding, content.height() + 2 * kPadding + arrowHeight()};
 }
 
 void PopoverWindow::layOutContent() {
     const QSize content = m_content->sizeHint();
-    const int top = kPadding + (m_direction == ArrowDirection::Up ? kArrowHeight : 0);
+    const int top = kPadding + (m_direction == ArrowDirection::Up ? arrowHeight() : 0);
     m_content->setGeometry(kPadding, top, content.width(), content.height());
     resize(sizeHint());
 }
 
 void PopoverWindow::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
+    if (!m_shaped) {
+        painter.fillRect(rect(), m_color);
+        painter.setPen(QColor(208, 208, 208));
+        painter.drawRect(rect().adjusted(0, 0, -1, -1));
+        return;
+    }
     painter.setRenderHint(QPainter::Antialiasing);
     const bool up = m_direction == ArrowDirection::Up;
     const QRectF body =

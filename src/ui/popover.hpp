@@ -34,6 +34,9 @@ public:
     /// The tip of the arrow, in the window's coordinates.
     [[nodiscard]] QPoint arrowTip() const;
 
+    /// Whether the popover is drawn rounded with its arrow; without a compositor it is a square, opaque box.
+    [[nodiscard]] bool isShaped() const { return m_shaped; }
+
     /// The window's size for its content, arrow included.
     [[nodiscard]] QSize sizeHint() const override;
 
@@ -47,8 +50,10 @@ protected:
 
 private:
     void layOutContent();
+    [[nodiscard]] int arrowHeight() const { return m_shaped ? kArrowHeight : 0; }
 
     QWidget* m_content;
+    bool m_shaped;
     QColor m_color{Qt::white};
     ArrowDirection m_direction = ArrowDirection::Up;
     int m_tipX = 0;

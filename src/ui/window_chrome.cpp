@@ -9,6 +9,7 @@
 #include <QVBoxLayout>
 #include <QWindow>
 
+#include "ui/compositing.hpp"
 #include "ui/icons.hpp"
 #include "ui/widgets.hpp"
 
@@ -121,7 +122,8 @@ void TitleBar::paintEvent(QPaintEvent* /*event*/) {
     QLinearGradient light(0, 0, 0, height());
     light.setColorAt(0, QColor(252, 252, 252));
     light.setColorAt(1, QColor(243, 244, 245));
-    painter.fillPath(topRoundedRect(QRectF(rect()), FramelessWindow::kCornerRadius - 1), light);
+    const qreal radius = window()->testAttribute(Qt::WA_TranslucentBackground) ? FramelessWindow::kCornerRadius - 1 : 0;
+    painter.fillPath(topRoundedRect(QRectF(rect()), radius), light);
     painter.setPen(QColor(224, 224, 224));
     painter.drawLine(QPointF(0, height() - 0.5), QPointF(width(), height() - 0.5));
 }
@@ -160,8 +162,9 @@ FramelessWindow::FramelessWindow(QWidget* parent)
       m_layout(new QVBoxLayout(this)) {
     setObjectName(QStringLiteral("mainWindow"));
     setWindowTitle(QApplication::applicationDisplayName());
-    // The corners outside the rounded outline stay see-through.
-    setAttribute(Qt::WA_TranslucentBackground);
+    // The corners outside the rounded outline stay see-through where a compositor can show through them; without
+    // one they would be black, so the window is square and opaque.
+    setAttribute(Qt::WA_TranslucentBackground, desktopComposites());
     m_titleBar->setTitle(QApplication::applicationDisplayName());
     // One pixel of margin keeps the outline visible around the bar and the content.
     m_layout->setContentsMargins(1, 1, 1, 1);
@@ -191,7 +194,8 @@ void FramelessWindow::paintEvent(QPaintEvent* /*event*/) {
     const QRectF outline = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
     painter.setPen(QPen(kWindowOutline, 1));
     painter.setBrush(kWindowBackground);
-    painter.drawRoundedRect(outline, kCornerRadius, kCornerRadius);
+    const qreal radius = isRounded() ? kCornerRadius : 0;
+    painter.drawRoundedRect(outline, radius, radius);
 }
 
 } // namespace tidewell

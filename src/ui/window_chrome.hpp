@@ -63,7 +63,7 @@ private:
     std::optional<QPoint> m_grab;
 };
 
-/// A window without a system frame, with rounded corners (radius 6), its own title bar
+/// A window without a system frame, with rounded corners (radius 6; square without a compositor), its own title bar
 /// (TitleBar) and one content view under it. The window is as large as the content asks (its width fixed,
 /// its height following the content), so a content that grows or shrinks resizes it.
 ///
@@ -80,6 +80,8 @@ public:
     void setContentView(QWidget* view);
     [[nodiscard]] QWidget* contentView() const { return m_content; }
     [[nodiscard]] TitleBar* titleBar() const { return m_titleBar; }
+    /// Whether the corners are rounded: only where a compositor shows what lies behind them.
+    [[nodiscard]] bool isRounded() const { return testAttribute(Qt::WA_TranslucentBackground); }
     /// The part of the window under the title bar, in the window's coordinates.
     [[nodiscard]] QRect contentRect() const;
 

@@ -13,9 +13,11 @@
 #include <QPushButton>
 #include <QStandardPaths>
 #include <QTest>
+#include <QTimer>
 #include <QToolButton>
 #include <cstdio>
 #include <functional>
+#include <set>
 
 #include "app/access_window.hpp"
 #include "app/alerts.hpp"
@@ -27,10 +29,13 @@
 #include "support/sample_disk.hpp"
 #include "ui/bottom_bar.hpp"
 #include "ui/browser_sheet.hpp"
+#include "ui/compositing.hpp"
 #include "ui/details_panel.hpp"
 #include "ui/main_window.hpp"
 #include "ui/popover.hpp"
 #include "ui/section_card.hpp"
+#include "ui/widgets.hpp"
+#include "ui/window_clean.hpp"
 
 namespace {
 
@@ -82,8 +87,11 @@ int rowNamed(tidewell::CatalogueView& view, const std::string& name) {
 namespace {
 
 // The sample disk of a layout for ann in folder, granted, with the window shown at start (the taskbar entry kept)
-// and no login item. Chrome and Firefox pretend to run, so a clean stops at the browser sheet and deletes nothing.
-std::unique_ptr<tidewell::Application> openSampleDisk(const std::string& folder, const tidewell::DiskLayout& layout) {
+// and no login item, on a desktop with a status area or without. The running applications are pretended: with
+// Chrome and Firefox running a clean stops at the browser sheet and deletes nothing; with none it cleans the sample.
+std::unique_ptr<tidewell::Application> openSampleDisk(const std::string& folder, const tidewell::DiskLayout& layout,
+                                                      bool statusArea = true,
+                                                      std::set<std::string> running = {"Google Chrome", "Firefox"}) {
     tidewell::testing::writeSampleDisk(folder + "/disk", "ann", layout);
     tidewell::testing::DiskBuilder disk(folder + "/disk", "ann", layout);
     const QString settingsFile = QString::fromStdString(folder + "/tidewell.conf");
@@ -97,11 +105,16 @@ std::unique_ptr<tidewell::Application> openSampleDisk(const std::string& folder,
         }
     }
     auto application = std::make_unique<tidewell::Application>(
-        tidewell::AppEnvironment{disk.disk(), settingsFile, {folder + "/autostart", "tidewell"}, false, QString()});
+        tidewell::AppEnvironment{.disk = disk.disk(),
+                                 .settingsFile = settingsFile,
+                                 .loginItem = {folder + "/autostart", "tidewell"},
+                                 .launchedAtLogin = false,
+                                 .crashReportFolder = QString(),
+                                 .statusAreaAvailable = [statusArea] { return statusArea; }});
     application->setMainWindowFactory(
         tidewell::mainWindowFactory({.builders = std::nullopt,
                                      .running = std::make_shared<tidewell::testing::FakeRunningApps>(
-                                         std::initializer_list<std::set<std::string>>{{"Google Chrome", "Firefox"}})}));
+                                         std::initializer_list<std::set<std::string>>{running})}));
     application->start();
     return application;
 }
@@ -133,14 +146,36 @@ int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QApplication::setApplicationDisplayName(QStringLiteral("Tidewell"));
     QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/tidewell.svg")));
+    // Drawn as on a composited desktop, with rounded corners and the popover's arrow; the square look of a desktop
+    // without a compositor has its own pictures below.
+    tidewell::setDesktopCompositesForTesting(true);
     const QString folder = QString::fromLocal8Bit(argv[1]);
     QDir().mkpath(folder);
 
     tidewell::testing::TempFolder temp;
     std::unique_ptr<tidewell::Application> linuxApplication =
-        openSampleDisk(temp.path() + "/linux", tidewell::linuxLayout());
+        openSampleDisk(temp.path() + "/linux", tidewell::linuxLayout(), true, {});
     if (QWidget* linuxWindow = scannedMainWindow(*linuxApplication)) {
         save(folder + QStringLiteral("/main-window-linux.png"), *linuxWindow);
+        // The confirmation over the window, with what and how much will go; No leaves everything as it is.
+        QTimer::singleShot(300, [&] {
+            if (QWidget* box = QApplication::activeModalWidget()) {
+                save(folder + QStringLiteral("/confirmation.png"), *linuxWindow, box);
+                QTest::keyClick(box, Qt::Key_Escape);
+            }
+        });
+        tidewell::CatalogueView* linuxView = tidewell::catalogueViewOf(linuxWindow);
+        linuxView->bottomBar()->cleanButton()->click();
+        // Then the clean itself, no browser running, and the report sheet it ends with.
+        tidewell::Alerts::answerNextAlert(tidewell::kAlertFirstButton);
+        linuxView->bottomBar()->cleanButton()->click();
+        if (!waitFor([&] { return linuxView->clean().report() != nullptr; })) {
+            std::fprintf(stderr, "tidewell-screenshots: the clean showed no report\n");
+            return 1;
+        }
+        QTest::qWait(200);
+        save(folder + QStringLiteral("/report-sheet.png"), *linuxWindow, linuxView->clean().report());
+        linuxView->clean().report()->close();
         linuxWindow->hide();
     } else {
         return 1;
@@ -154,6 +189,12 @@ int main(int argc, char** argv) {
     }
     tidewell::CatalogueView* view = tidewell::catalogueViewOf(window);
     save(folder + QStringLiteral("/main-window.png"), *window);
+    // The bottom bar's total follows the ticks: here with one section less.
+    if (tidewell::SectionCard* card = view->cardAt(rowNamed(*view, "Chrome"))) {
+        card->checkBox()->click();
+        save(folder + QStringLiteral("/main-window-total.png"), *window);
+        card->checkBox()->click();
+    }
 
     for (const auto& [name, file] : {std::pair{"Chrome", "details-chrome.png"},
                                      std::pair{"Browser Extensions", "details-browser-extensions.png"}}) {
@@ -180,5 +221,25 @@ int main(int argc, char** argv) {
     access.move(0, 0);
     access.show();
     save(folder + QStringLiteral("/access-window.png"), access);
+    access.hide();
+    window->hide();
+
+    // A desktop with neither a status area nor a compositor: the window is square and opaque and keeps its taskbar
+    // entry (the hide box is off), and so is the Adult History popover.
+    tidewell::setDesktopCompositesForTesting(false);
+    std::unique_ptr<tidewell::Application> plainApplication =
+        openSampleDisk(temp.path() + "/plain", tidewell::macosLayout(), false);
+    QWidget* plainWindow = scannedMainWindow(*plainApplication);
+    if (plainWindow == nullptr) {
+        return 1;
+    }
+    save(folder + QStringLiteral("/main-window-no-tray.png"), *plainWindow);
+    tidewell::CatalogueView* plainView = tidewell::catalogueViewOf(plainWindow);
+    if (tidewell::SectionCard* card = plainView->cardAt(rowNamed(*plainView, "Adult History"))) {
+        plainView->showAdultHistoryInfo(*card->infoButton());
+        save(folder + QStringLiteral("/adult-history-popover-no-compositor.png"), *plainWindow,
+             plainView->adultHistoryPopover()->popoverWindow());
+        plainView->adultHistoryPopover()->close();
+    }
     return g_allSaved ? 0 : 1;
 }

@@ -1,9 +1,12 @@
 #include <QAction>
+#include <QImage>
 #include <QMenu>
+#include <QPainter>
 #include <QSystemTrayIcon>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <cstdlib>
 
 #include "app_fixture.hpp"
 
@@ -46,6 +49,36 @@ TEST_F(StatusMenuTest, TheMenuHasItsThreeEntriesEachWithItsTitleAsKeyEquivalent)
     application->statusMenu().refresh(true);
     ASSERT_NE(application->statusMenu().icon(), nullptr);
     EXPECT_FALSE(application->statusMenu().icon()->icon().isNull());
+}
+
+// How many of the icon's pixels stand out from a panel of the given colour once drawn on it.
+int pixelsStandingOutOn(const QIcon& icon, const QColor& panel) {
+    QImage drawn(22, 22, QImage::Format_RGB32);
+    drawn.fill(panel);
+    QPainter painter(&drawn);
+    painter.drawPixmap(0, 0, icon.pixmap(22, 22));
+    painter.end();
+    int count = 0;
+    for (int y = 0; y < drawn.height(); ++y) {
+        for (int x = 0; x < drawn.width(); ++x) {
+            const QColor pixel = drawn.pixelColor(x, y);
+            count += std::abs(pixel.lightness() - panel.lightness()) > 100 ? 1 : 0;
+        }
+    }
+    return count;
+}
+
+TEST_F(StatusMenuTest, TheStatusIconReadsOnALightAndOnADarkPanel) {
+    application = makeApplication();
+    application->statusMenu().refresh(false);
+    ASSERT_NE(application->statusMenu().icon(), nullptr);
+    const QIcon icon = application->statusMenu().icon()->icon();
+    // A glyph in one colour alone vanishes on a panel of that colour; the outlined one shows a clear shape on both.
+    for (const QColor& panel : {QColor(Qt::black), QColor(40, 40, 40), QColor(Qt::white), QColor(235, 235, 235)}) {
+        EXPECT_GE(pixelsStandingOutOn(icon, panel), 30) << qPrintable(panel.name());
+    }
+    const QImage image = icon.pixmap(22, 22).toImage();
+    EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0) << "the corners stay see-through";
 }
 
 TEST_F(StatusMenuTest, TheRealTimeEntryTogglesStoresAndIsRetitledLeavingOneTimerAtMost) {
