@@ -6,6 +6,7 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -70,6 +71,12 @@ AccessWindow::AccessWindow(FolderAccess& access, QWidget* parent) : QWidget(pare
     layout->addWidget(path);
     layout->addSpacing(14);
     layout->addLayout(buttons);
+
+    // Return confirms, as the filled button shows; Escape is the other way out, Quit.
+    for (const QKeySequence& key : {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, m_confirmAccess, &QPushButton::click);
+    }
+    connect(new QShortcut(QKeySequence(Qt::Key_Escape), this), &QShortcut::activated, m_quit, &QPushButton::click);
 
     applyLook();
     // As tall as the texts need at this width, no more.

@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -133,6 +134,11 @@ DetailsPanel::DetailsPanel(QWidget* parent)
     layout->addLayout(buttons);
     applyLook();
     connect(m_done, &QPushButton::clicked, this, &DetailsPanel::finish);
+    // Done is the panel's only way out: Return and Escape both take it while the panel is up.
+    for (const QKeySequence& key :
+         {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter), QKeySequence(Qt::Key_Escape)}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, m_done, &QPushButton::click);
+    }
     hide();
 }
 

@@ -67,3 +67,22 @@ TEST(WindowPlacementRules, AWindowIsKeptUnderATopPanelAndAboveTheBottomOfTheScre
 
 } // namespace
 } // namespace tidewell::testing
+
+namespace tidewell::testing {
+namespace {
+
+TEST_F(WindowLifeTest, ReturnAndEscapeCloseTheDetailsPanel) {
+    launch(sectionsNamed({"Mail"}));
+    window().activateWindow();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+        view().showDetails(0);
+        settle();
+        ASSERT_TRUE(panel().isVisible());
+        QTest::keyClick(&panel(), key);
+        settle();
+        EXPECT_FALSE(panel().isVisible()) << "key " << key;
+    }
+}
+
+} // namespace
+} // namespace tidewell::testing
