@@ -6,6 +6,7 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPushButton>
+#include <QShortcut>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -49,6 +50,11 @@ AccessWindow::AccessWindow(FolderAccess& access, QWidget* parent) : QWidget(pare
     path->setObjectName(QStringLiteral("homePath"));
     path->setTextInteractionFlags(Qt::TextSelectableByMouse);
 
+    m_wrongFolder = makeLabel(QString(), this);
+    m_wrongFolder->setObjectName(QStringLiteral("wrongFolder"));
+    m_wrongFolder->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    m_wrongFolder->hide();
+
     m_quit = new QPushButton(QStringLiteral("Quit"), this);
     m_quit->setObjectName(QStringLiteral("quitButton"));
     m_confirmAccess = new QPushButton(QStringLiteral("Confirm Access"), this);
@@ -68,13 +74,24 @@ AccessWindow::AccessWindow(FolderAccess& access, QWidget* parent) : QWidget(pare
     layout->addWidget(heading);
     layout->addWidget(body);
     layout->addWidget(path);
+    layout->addWidget(m_wrongFolder);
     layout->addSpacing(14);
     layout->addLayout(buttons);
 
+    // Return confirms, as the filled button shows; Escape is the other way out, Quit.
+    for (const QKeySequence& key : {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, m_confirmAccess, &QPushButton::click);
+    }
+    connect(new QShortcut(QKeySequence(Qt::Key_Escape), this), &QShortcut::activated, m_quit, &QPushButton::click);
+
     applyLook();
+    fitHeight();
+}
+
+void AccessWindow::fitHeight() {
     // As tall as the texts need at this width, no more.
     constexpr int kWidth = 480;
-    setFixedSize(kWidth, layout->totalHeightForWidth(kWidth));
+    setFixedSize(kWidth, layout()->totalHeightForWidth(kWidth));
 }
 
 void AccessWindow::applyLook() {
@@ -102,6 +119,9 @@ void AccessWindow::applyLook() {
         muted.setColor(QPalette::WindowText, QColor(120, 120, 120));
         path->setPalette(muted);
     }
+    QPalette warning = m_wrongFolder->palette();
+    warning.setColor(QPalette::WindowText, QColor(178, 34, 34));
+    m_wrongFolder->setPalette(warning);
 }
 
 void AccessWindow::closeEvent(QCloseEvent* event) {
@@ -111,11 +131,24 @@ void AccessWindow::closeEvent(QCloseEvent* event) {
 
 void AccessWindow::confirmAccess() {
     const auto offered = [this](const QString& folder) { return m_access.offers(folder); };
+    const QString home = QString::fromStdString(m_access.disk().homePath());
+    // The panel takes any folder, so that a wrong one gets an answer here instead of a button that does nothing.
     const FolderPanelRequest request{QStringLiteral("Confirm Access"),
-                                     QStringLiteral("Give access for scanning in your Home Directory"),
-                                     QString::fromStdString(m_access.disk().homePath()), offered, offered};
+                                     QStringLiteral("Give access for scanning in your Home Directory"), home, offered,
+                                     [](const QString&) { return true; }};
     const std::optional<QString> chosen = FolderPanel::choose(request, this);
-    if (!chosen || !m_access.grantChosenFolder(*chosen)) {
+    if (!chosen) {
+        return;
+    }
+    if (!m_access.offers(*chosen)) {
+        m_wrongFolder->setText(
+            QStringLiteral("%1 is not the folder Tidewell needs. Choose your Home folder: %2").arg(*chosen, home));
+        m_wrongFolder->show();
+        fitHeight();
+        return;
+    }
+    m_wrongFolder->hide();
+    if (!m_access.grantChosenFolder(*chosen)) {
         return;
     }
     QTimer::singleShot(kHandOverDelay, this, &AccessWindow::granted);

@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <chrono>
 
+class QLabel;
 class QPushButton;
 
 namespace tidewell {
@@ -22,13 +23,16 @@ public:
     explicit AccessWindow(FolderAccess& access, QWidget* parent = nullptr);
 
     /// Confirm Access: the folder panel ("Confirm Access", "Give access for scanning in your Home Directory",
-    /// opening at the home folder), offering what FolderAccess::offers. A choice is granted and kHandOverDelay later
+    /// opening at the home folder), offering what FolderAccess::offers. Another folder chosen is not granted: the
+    /// window then says which folder is needed (wrongFolderNote). A choice of the home is granted and kHandOverDelay later
     /// granted is emitted; a cancelled panel leaves everything as it was; a choice whose grant cannot be made ends in
     /// the "Access Denied" alert, with the window still up.
     void confirmAccess();
 
     [[nodiscard]] QPushButton* quitButton() const { return m_quit; }
     [[nodiscard]] QPushButton* confirmAccessButton() const { return m_confirmAccess; }
+    /// The line that says which folder is needed after another one was chosen; hidden until then.
+    [[nodiscard]] QLabel* wrongFolderNote() const { return m_wrongFolder; }
 
 signals:
     /// Quit was pressed, Escape typed, or the window closed: without this window Tidewell has no way on.
@@ -41,10 +45,12 @@ protected:
 
 private:
     void applyLook();
+    void fitHeight();
 
     FolderAccess& m_access;
     QPushButton* m_quit = nullptr;
     QPushButton* m_confirmAccess = nullptr;
+    QLabel* m_wrongFolder = nullptr;
 };
 
 } // namespace tidewell

@@ -23,16 +23,20 @@ bool FolderAccess::startStoredGrant() {
     if (!grant || !resolveFolderGrant(*grant)) {
         return false;
     }
+    // A grant made for another disk (another --root) or another person's home opens nothing this run needs.
+    if (!holdsHome(grant->path)) {
+        return false;
+    }
     return m_started.startAccessing(*grant);
 }
 
 bool FolderAccess::offers(const QString& folder) const {
-    const QString root = QString::fromStdString(m_disk.rootPrefix().empty() ? std::string("/") : m_disk.rootPrefix());
-    const QString chosen = comparablePath(folder);
-    return chosen == comparablePath(QString::fromStdString(m_disk.homePath())) ||
-           chosen == comparablePath(root + QString::fromUtf8(m_disk.layout().homes.data(),
-                                                             static_cast<qsizetype>(m_disk.layout().homes.size()))) ||
-           chosen == comparablePath(root);
+    return comparablePath(folder) == comparablePath(QString::fromStdString(m_disk.homePath()));
+}
+
+bool FolderAccess::holdsHome(const std::string& grantedPath) const {
+    const std::string home = comparablePath(QString::fromStdString(m_disk.homePath())).toStdString();
+    return isInsideFolder(home, grantedPath);
 }
 
 bool FolderAccess::grantChosenFolder(const QString& folder) {

@@ -21,12 +21,16 @@ public:
     /// The start-up's check: starts the stored grant and says whether the main window may come. False when the home
     /// folder is already writable through a started grant (read backwards on purpose, so the second check in a
     /// process says false), false when "SaveDirectory" holds nothing, and false when the stored grant no longer
-    /// resolves (moved, damaged) or cannot be started.
+    /// resolves (moved, damaged), does not hold the disk's home, or cannot be started.
     bool startStoredGrant();
 
-    /// Whether the access window's panel offers (and accepts) folder: exactly the home folder, <root>/Users and
-    /// the disk root.
+    /// Whether the access window's panel offers (and accepts) folder: exactly the disk's home folder, the one
+    /// folder a clean needs.
     [[nodiscard]] bool offers(const QString& folder) const;
+
+    /// Whether a grant of grantedPath (absolute, without links) holds the disk's home folder. A stored grant that
+    /// does not (made for another disk or home) is not used, and the access window asks again.
+    [[nodiscard]] bool holdsHome(const std::string& grantedPath) const;
 
     /// Records the grant of a folder chosen in the panel at "SaveDirectory" and starts it (the choice itself opens
     /// the folder for this run). When the grant cannot be made, removes what "SaveDirectory" held, logs "Error

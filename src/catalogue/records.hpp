@@ -50,6 +50,9 @@ struct RecordRole {
     std::string_view icon = {};
     /// A section's one-line summary, when it has one of its own (else a face lists its item names).
     std::string_view summary = {};
+    /// What a tick of this row removes that a person would miss ("saved passwords"), for the one-line warning the
+    /// window shows when it is ticked; empty for an ordinary row.
+    std::string_view tickWarning = {};
 };
 
 /// A string-keyed, mutable record: a catalogue section, an item, an extension record or a browser panel entry,

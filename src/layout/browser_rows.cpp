@@ -7,6 +7,10 @@ namespace tidewell {
 // Old and current names sit side by side: a profile written by an older browser keeps the old files, and a name
 // that is not there measures 0 and removes nothing.
 
+namespace {
+constexpr std::string_view kSavedPasswords = "saved passwords";
+} // namespace
+
 std::vector<ItemRow> chromeProfileRows() {
     // "Pepper Data" is listed twice in "Local Storage (%@)" and so is measured twice. The address database of
     // the segmentation platform lies in the data folder, beside the profiles, and records every visited address.
@@ -28,7 +32,9 @@ std::vector<ItemRow> chromeProfileRows() {
          {{Anchor::Profile, "Login Data"},
           {Anchor::Profile, "Login Data-journal"},
           {Anchor::Profile, "Login Data For Account"}},
-         false},
+         false,
+         false,
+         kSavedPasswords},
         {"LastSession (%@)",
          {{Anchor::Profile, "Session Storage"},
           {Anchor::Profile, "Last Session"},
@@ -73,7 +79,9 @@ std::vector<ItemRow> firefoxProfileRows(std::vector<Location> caches) {
           {Anchor::Profile, "key3.db"},
           {Anchor::Profile, "logins.db"},
           {Anchor::Profile, "key4.db"}},
-         false},
+         false,
+         false,
+         kSavedPasswords},
         {"LastSession",
          {{Anchor::Profile, "sessionstore-backups"},
           {Anchor::Profile, "sessionCheckpoints.json"},

@@ -43,6 +43,8 @@ struct ItemRow {
     bool ticked = true;
     /// Made without the item factory, with a placeholder size (Safari's "Bookmarks").
     bool handMade = false;
+    /// What ticking the item would remove that a person would miss, or empty (see RecordRole::tickWarning).
+    std::string_view tickWarning = {};
 };
 
 /// The path table of one section of the scan: a browser's (its name, application and folders are the browser's)

@@ -137,6 +137,13 @@ BuilderOutcome buildBrowserExtensionsSection(ScanEnv& env) {
     for (const RecordPtr& row : list) {
         row->set(keys::kEnabled, true);
         row->set(keys::kSizeText, std::string());
+        // Every row here takes away something the person set up: the extension, or a browser's extensions under
+        // a caption, or (the last row) the browsers' own settings.
+        RecordRole role = row->role();
+        role.tickWarning = row == list.back()                 ? "the browsers' settings"
+                           : row->flag(keys::kNotCaption) ? "the extension"
+                                                              : "the browser's extensions";
+        row->setRole(role);
     }
     auto section =
         makeRecord({{keys::kName, std::string("Browser Extensions")},

@@ -19,14 +19,16 @@ bool isProfileLocation(const Location& location) {
 }
 
 RecordPtr tableItem(const ItemRow& row, std::string name, UrlList locations) {
-    if (row.handMade) {
-        return makeRecord({{keys::kLocations, std::move(locations)},
-                           {keys::kItemName, std::move(name)},
-                           {keys::kTick, row.ticked},
-                           {keys::kSizeText, std::string("10KB")}},
-                          {RecordKind::LocationsItem});
-    }
-    return makeItem(std::move(locations), std::move(name), false, row.ticked);
+    RecordPtr item = row.handMade ? makeRecord({{keys::kLocations, std::move(locations)},
+                                                {keys::kItemName, std::move(name)},
+                                                {keys::kTick, row.ticked},
+                                                {keys::kSizeText, std::string("10KB")}},
+                                               {RecordKind::LocationsItem})
+                                  : makeItem(std::move(locations), std::move(name), false, row.ticked);
+    RecordRole role = item->role();
+    role.tickWarning = row.tickWarning;
+    item->setRole(role);
+    return item;
 }
 
 UrlList expanded(const ItemRow& row, const AnchorFolders& anchors) {

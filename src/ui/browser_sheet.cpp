@@ -7,6 +7,7 @@
 #include <QPainter>
 #include <QPropertyAnimation>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 #include <chrono>
@@ -115,6 +116,12 @@ BrowserSheet::BrowserSheet(QWidget& parent)
     m_slide->setDuration(static_cast<int>(kSlideTime.count()));
     m_slide->setEasingCurve(QEasingCurve::OutCubic);
     connect(m_card->closeButton(), &QPushButton::clicked, this, &BrowserSheet::end);
+    // While the sheet is up, Return is Retry, the filled button, and Escape is Close.
+    for (const QKeySequence& key : {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, m_card->retryButton(), &QPushButton::click);
+    }
+    connect(new QShortcut(QKeySequence(Qt::Key_Escape), this), &QShortcut::activated, m_card->closeButton(),
+            &QPushButton::click);
     connect(m_card->retryButton(), &QPushButton::clicked, this, &BrowserSheet::retryRequested);
     parent.installEventFilter(this);
     hide();

@@ -5,6 +5,7 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
+#include <QShortcut>
 #include <QVBoxLayout>
 #include <QWheelEvent>
 
@@ -121,8 +122,20 @@ DetailsPanel::DetailsPanel(QWidget* parent)
     frame->setContentsMargins(1, 1, 1, 1);
     frame->addWidget(m_table);
 
+    m_warning = new QLabel(m_card);
+    m_warning->setObjectName(QStringLiteral("tickWarning"));
+    m_warning->hide();
+    QPalette warningLook = m_warning->palette();
+    warningLook.setColor(QPalette::WindowText, QColor(178, 34, 34));
+    m_warning->setPalette(warningLook);
+    connect(m_source.get(), &DetailsTableSource::warned, this, [this](const QString& text) {
+        m_warning->setText(text);
+        m_warning->show();
+        placeCard();
+    });
+
     auto* buttons = new QHBoxLayout;
-    buttons->addStretch(1);
+    buttons->addWidget(m_warning, 1);
     buttons->addWidget(m_done);
 
     auto* layout = new QVBoxLayout(m_card);
@@ -133,6 +146,11 @@ DetailsPanel::DetailsPanel(QWidget* parent)
     layout->addLayout(buttons);
     applyLook();
     connect(m_done, &QPushButton::clicked, this, &DetailsPanel::finish);
+    // Done is the panel's only way out: Return and Escape both take it while the panel is up.
+    for (const QKeySequence& key :
+         {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter), QKeySequence(Qt::Key_Escape)}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, m_done, &QPushButton::click);
+    }
     hide();
 }
 
@@ -153,6 +171,7 @@ void DetailsPanel::open(RecordPtr section) {
     const bool grouped = section->flag(keys::kGrouped);
     m_title->setText(QString::fromStdString(section->text(keys::kName)));
     m_source->setSection(std::move(section));
+    m_warning->hide();
     show();
     raise();
     m_table->setRowHeight(grouped ? kGroupedRowHeight : kPlainRowHeight);

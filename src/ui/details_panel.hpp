@@ -84,6 +84,9 @@ public:
     [[nodiscard]] DetailsRow* rowAt(int row) const;
     [[nodiscard]] QPushButton* doneButton() const { return m_done; }
     [[nodiscard]] QLabel* titleText() const { return m_title; }
+    /// The one-line warning beside Done, shown once a row is ticked whose clean removes something a person would
+    /// miss (saved passwords, an extension, the browsers' settings); hidden at each open.
+    [[nodiscard]] QLabel* tickWarning() const { return m_warning; }
     [[nodiscard]] QWidget* card() const { return m_card; }
     /// The height of the table, its outline included.
     [[nodiscard]] int tableHeight() const { return m_tableHeight; }
@@ -108,6 +111,7 @@ private:
 
     QWidget* m_card;
     QLabel* m_title;
+    QLabel* m_warning = nullptr;
     QWidget* m_tableFrame;
     CellTable* m_table;
     QPushButton* m_done;

@@ -1,6 +1,7 @@
 #include "ui/details_table_source.hpp"
 
 #include <QLabel>
+#include <algorithm>
 
 #include "catalogue/record_keys.hpp"
 #include "catalogue/ticks.hpp"
@@ -50,6 +51,19 @@ void DetailsTableSource::tickClicked(TickBox& box) {
     Tick state = box.tick();
     const bool reload = tickItemNamed(Section(m_section), box.toolTip().toStdString(), state);
     box.setTick(state);
+    if (state == Tick::On) {
+        // Rows of equal names act on the first, so the first says what goes.
+        const std::string name = box.toolTip().toStdString();
+        if (const RecordList* items = m_section->list(keys::kItems)) {
+            const auto item = std::ranges::find_if(
+                *items, [&](const RecordPtr& row) { return row->text(keys::kItemName) == name; });
+            if (item != items->end() && !(*item)->role().tickWarning.empty()) {
+                const std::string_view what = (*item)->role().tickWarning;
+                emit warned(QStringLiteral("Cleaning will remove %1.")
+                                .arg(QString::fromUtf8(what.data(), static_cast<qsizetype>(what.size()))));
+            }
+        }
+    }
     if (reload) {
         m_table.reload();
     }

@@ -25,6 +25,10 @@ public:
     [[nodiscard]] int rowCount() const override;
     QWidget* viewForRow(int row, QWidget* reusable) override;
 
+signals:
+    /// A row was ticked on whose clean removes something a person would miss; text says what, in one line.
+    void warned(const QString& text);
+
 private:
     void tickClicked(TickBox& box);
 

@@ -2,6 +2,7 @@
 
 #include <QHBoxLayout>
 #include <QLabel>
+#include <QMouseEvent>
 #include <QPainter>
 #include <QPushButton>
 #include <QToolButton>
@@ -42,6 +43,7 @@ SectionCard::SectionCard(QWidget* parent)
     setObjectName(QStringLiteral("sectionCard"));
     m_imageIcon->setObjectName(QStringLiteral("imageIcon"));
     m_checkBox->setObjectName(QStringLiteral("checkBox"));
+    m_checkBox->installEventFilter(this);
     m_nameText->setObjectName(QStringLiteral("nameText"));
     m_detailsText->setObjectName(QStringLiteral("detailsText"));
     m_sizeText->setObjectName(QStringLiteral("sizeText"));
@@ -117,6 +119,31 @@ void SectionCard::paintEvent(QPaintEvent* /*event*/) {
     painter.setPen(Qt::NoPen);
     painter.setBrush(kBackgroundColor);
     painter.drawRoundedRect(QRectF(rect()), kCardRadius, kCardRadius);
+    if (m_checkBox->hasFocus()) {
+        painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+        painter.setBrush(Qt::NoBrush);
+        painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), kCardRadius, kCardRadius);
+    }
+}
+
+void SectionCard::mousePressEvent(QMouseEvent* event) {
+    // Taken, so that the release comes here too.
+    event->accept();
+}
+
+void SectionCard::mouseReleaseEvent(QMouseEvent* event) {
+    if (event->button() == Qt::LeftButton && rect().contains(event->position().toPoint()) &&
+        m_checkBox->isVisible() && m_checkBox->isEnabled()) {
+        m_checkBox->click();
+    }
+}
+
+bool SectionCard::eventFilter(QObject* watched, QEvent* event) {
+    // The outline follows the tick box's focus.
+    if (watched == m_checkBox && (event->type() == QEvent::FocusIn || event->type() == QEvent::FocusOut)) {
+        update();
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 } // namespace tidewell

@@ -47,7 +47,12 @@ public:
     [[nodiscard]] QColor backgroundColor() const { return kBackgroundColor; }
 
 protected:
+    /// The grey card, outlined while its tick box has the keyboard's focus.
     void paintEvent(QPaintEvent* event) override;
+    /// A click anywhere on the card but its buttons (its icon, name, summary, size) clicks its tick box.
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
     void applyLook();

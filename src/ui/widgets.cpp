@@ -46,6 +46,18 @@ void TickBox::nextCheckState() {
     setCheckState(checkState() == Qt::Checked ? Qt::Unchecked : Qt::Checked);
 }
 
+void TickBox::paintEvent(QPaintEvent* event) {
+    QCheckBox::paintEvent(event);
+    if (!hasFocus()) {
+        return;
+    }
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(palette().color(QPalette::Highlight), 2));
+    painter.setBrush(Qt::NoBrush);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(1, 1, -1, -1), 3, 3);
+}
+
 // --- ElidedLabel ---
 
 ElidedLabel::ElidedLabel(QWidget* parent) : QWidget(parent), m_color(kMutedTextColor) {

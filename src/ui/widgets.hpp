@@ -28,6 +28,8 @@ public:
 
 protected:
     void nextCheckState() override;
+    /// The box, and a ring around it while it has the keyboard's focus, whatever the style draws.
+    void paintEvent(QPaintEvent* event) override;
 };
 
 /// A one-line text that ends in "…" when it does not fit; text() is the whole text.

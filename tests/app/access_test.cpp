@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <QLabel>
 #include <QPushButton>
 #include <QSignalSpy>
 #include <QTest>
@@ -59,42 +60,98 @@ TEST_F(AccessTest, GrantingTheHomeFolderOpensTheMainWindowAMomentLater) {
     EXPECT_TRUE(Alerts::shownAlerts().empty());
 }
 
-TEST_F(AccessTest, UsersIsAcceptedAndResolvesAtTheNextLaunch) {
+TEST_F(AccessTest, AStoredGrantThatHoldsTheHomeIsUsedAtTheNextLaunch) {
     application = launch();
-    confirmWith(diskPath("/Users"));
-    EXPECT_EQ(grantedFolder(), disk.at("/Users"));
+    confirmWith(home());
     application.reset();
 
     application = launch();
     EXPECT_EQ(accessWindow(), nullptr);
     ASSERT_NE(application->mainWindow(), nullptr);
-    EXPECT_EQ(grantedFolder(), disk.at("/Users"));
+    EXPECT_EQ(grantedFolder(), disk.home());
     // The launch check reads backwards: with the grant started, the home folder is writable, which it takes as
     // not granted.
     EXPECT_FALSE(application->folderAccess().startStoredGrant());
 }
 
-TEST_F(AccessTest, ThePanelOffersExactlyTheHomeUsersAndTheDiskRoot) {
+// The panel offers the disk's home alone; any other folder chosen is not granted, and the window says which
+// folder is needed, until the home is chosen.
+TEST_F(AccessTest, ThePanelGrantsOnlyTheHomeAndNamesItWhenAnotherFolderIsChosen) {
     application = launch();
     confirmWith(std::nullopt);
     const auto& request = FolderPanel::lastRequest();
     ASSERT_TRUE(request);
-    for (const QString& folder : {home(), home() + "/", diskPath("/Users"), diskPath("/Users/bob/../ann"),
-                                  QString::fromStdString(disk.root()), QString::fromStdString(disk.root() + "/")}) {
+    for (const QString& folder : {home(), home() + "/", diskPath("/Users/bob/../ann")}) {
         EXPECT_TRUE(request->offers(folder)) << folder.toStdString();
-        EXPECT_TRUE(request->accepts(folder)) << folder.toStdString();
     }
-    for (const QString& folder :
-         {diskPath("Documents"), diskPath("/Users/bob"), QString::fromStdString(temp.path()), QStringLiteral("/")}) {
+    for (const QString& folder : {diskPath("Documents"), diskPath("/Users"), diskPath("/Users/bob"),
+                                  QString::fromStdString(disk.root()), QString::fromStdString(temp.path()),
+                                  QStringLiteral("/")}) {
         EXPECT_FALSE(request->offers(folder)) << folder.toStdString();
-        EXPECT_FALSE(request->accepts(folder)) << folder.toStdString();
     }
+    EXPECT_TRUE(accessWindow()->wrongFolderNote()->isHidden()) << "a cancelled panel says nothing";
+
+    for (const QString& other : {diskPath("/Users"), QString::fromStdString(disk.root()), diskPath("Documents")}) {
+        confirmWith(other);
+        expectNothingGranted();
+        const QLabel* note = accessWindow()->wrongFolderNote();
+        EXPECT_TRUE(note->isVisible()) << other.toStdString();
+        EXPECT_TRUE(note->text().contains(home())) << note->text().toStdString();
+        EXPECT_TRUE(note->text().contains(other)) << note->text().toStdString();
+        EXPECT_GE(note->geometry().bottom(), 0);
+        EXPECT_LE(note->geometry().bottom(), accessWindow()->height()) << "the note fits in the window";
+    }
+    EXPECT_TRUE(Alerts::shownAlerts().empty());
+
+    QSignalSpy granted(accessWindow(), &AccessWindow::granted);
+    confirmWith(home());
+    EXPECT_TRUE(accessWindow()->wrongFolderNote()->isHidden());
+    EXPECT_EQ(grantedFolder(), disk.home());
+    EXPECT_TRUE(granted.wait());
 }
 
-TEST_F(AccessTest, ARefusedOrCancelledChoiceGrantsNothing) {
+// A grant stored for another disk (another --root) or for a folder that does not hold this disk's home is not
+// used: the access window asks again and nothing is granted. A stored grant of a folder above the home still is.
+TEST_F(AccessTest, AStoredGrantThatDoesNotHoldTheHomeIsNotUsed) {
+    DiskBuilder other{temp.path() + "/other", "ann"};
+    other.folder("Library");
+    const std::expected<FolderGrant, std::string> otherHome = createFolderGrant(other.home());
+    ASSERT_TRUE(otherHome);
+    AppSettings(settingsFile).setBytes(keys::kHomeGrant, QByteArray::fromStdString(grantToBytes(*otherHome)));
     application = launch();
-    confirmWith(diskPath("Documents"));
-    expectNothingGranted();
+    ASSERT_NE(accessWindow(), nullptr) << "a grant for another disk's home";
+    EXPECT_FALSE(grantedFolder());
+    EXPECT_EQ(application->mainWindow(), nullptr);
+    application.reset();
+
+    storeGrant("/Users/ann/Documents");
+    application = launch();
+    ASSERT_NE(accessWindow(), nullptr) << "a grant for a folder inside the home";
+    EXPECT_FALSE(grantedFolder());
+    application.reset();
+
+    storeGrant("/Users");
+    application = launch();
+    EXPECT_EQ(accessWindow(), nullptr) << "an earlier grant of the folder above the home holds it";
+    EXPECT_EQ(grantedFolder(), disk.at("/Users"));
+}
+
+TEST_F(AccessTest, ReturnConfirmsAccessAndEscapeQuits) {
+    application = launch();
+    ASSERT_NE(accessWindow(), nullptr);
+    accessWindow()->activateWindow();
+    QSignalSpy quit(accessWindow(), &AccessWindow::quitRequested);
+    FolderPanel::answerNextPanel(std::nullopt);
+    QTest::keyClick(accessWindow(), Qt::Key_Return);
+    EXPECT_TRUE(FolderPanel::lastRequest()) << "Return opened the panel";
+    EXPECT_EQ(quit.count(), 0);
+
+    QTest::keyClick(accessWindow(), Qt::Key_Escape);
+    EXPECT_EQ(quit.count(), 1);
+}
+
+TEST_F(AccessTest, ACancelledChoiceGrantsNothing) {
+    application = launch();
     confirmWith(std::nullopt);
     expectNothingGranted();
     EXPECT_TRUE(Alerts::shownAlerts().empty());
@@ -148,7 +205,7 @@ TEST_F(AccessTest, TheRealPanelTakesOnlyAnAcceptedFolder) {
     EXPECT_EQ(comparablePath(panel.chosenFolder()), comparablePath(allowed));
 }
 
-// On a Linux disk the access window asks for the Linux home, offers the homes folder in place of /Users, and the
+// On a Linux disk the access window asks for the Linux home and offers it alone, and the
 // login item of "Run at start" (on by default) is written only once the home is granted.
 TEST_F(AccessTest, OnALinuxDiskThePanelStartsAtTheHomeAndTheLoginItemWaitsForTheGrant) {
     DiskBuilder linuxDisk{temp.path() + "/linux", "ann", linuxLayout()};
@@ -169,7 +226,7 @@ TEST_F(AccessTest, OnALinuxDiskThePanelStartsAtTheHomeAndTheLoginItemWaitsForThe
     const auto& request = FolderPanel::lastRequest();
     ASSERT_TRUE(request);
     EXPECT_EQ(request->startFolder.toStdString(), linuxDisk.root() + "/home/ann");
-    EXPECT_TRUE(request->offers(QString::fromStdString(linuxDisk.at("/home"))));
+    EXPECT_FALSE(request->offers(QString::fromStdString(linuxDisk.at("/home"))));
     EXPECT_FALSE(request->offers(QString::fromStdString(linuxDisk.at("/home/bob"))));
     EXPECT_FALSE(request->offers(QString::fromStdString(linuxDisk.root() + "/Users")));
 

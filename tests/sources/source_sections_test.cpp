@@ -216,6 +216,18 @@ TEST(DefaultTicks, PasswordsExtensionsAndThePreferenceResetStartUnticked) {
                 extensionRows += extensions ? 1 : 0;
                 EXPECT_EQ(item.tick(), password || extensions || safariKept ? Tick::Off : Tick::On)
                     << section.name() << " / " << item.name();
+                // The window warns when one of these is ticked; nothing else warns.
+                const std::string_view warning = item.record()->role().tickWarning;
+                if (password) {
+                    EXPECT_EQ(warning, "saved passwords") << section.name() << " / " << item.name();
+                } else if (extensions) {
+                    EXPECT_EQ(warning, item.record() == section.items().back().record() ? "the browsers' settings"
+                                       : item.isCaption()                                ? "the browser's extensions"
+                                                                                         : "the extension")
+                        << item.name();
+                } else {
+                    EXPECT_EQ(warning, "") << section.name() << " / " << item.name();
+                }
             }
         }
         // Chrome's two profiles and Firefox's one on macOS; on Linux two Chrome, one Chromium and two Firefox.

@@ -202,5 +202,36 @@ TEST_F(DetailsPanelTest, AShortWindowGrowsForThePanelAndShrinksBackAfterDone) {
     EXPECT_EQ(window().height(), shortHeight);
 }
 
+// Ticking a row that takes away something a person would miss says so in one line beside Done; unticking, or
+// ticking an ordinary row, says nothing new, and the next open starts without it.
+TEST_F(DetailsPanelTest, TickingARowThatRemovesSavedPasswordsOrAnExtensionWarnsInOneLine) {
+    launch(std::vector<SectionBuilder>{builderOf([] {
+        RecordList items;
+        items.push_back(itemNamed("Cookies", true, false));
+        items.push_back(itemNamed("Passwords (Work)", true, false));
+        RecordRole warned = items.back()->role();
+        warned.tickWarning = "saved passwords";
+        items.back()->setRole(warned);
+        return sectionNamed("Chrome", std::move(items));
+    })});
+    open(0);
+    const QLabel* warning = panel().tickWarning();
+    EXPECT_TRUE(warning->isHidden());
+    click(0);
+    EXPECT_TRUE(warning->isHidden()) << "an ordinary row";
+    click(1);
+    ASSERT_TRUE(warning->isVisible());
+    EXPECT_EQ(warning->text(), "Cleaning will remove saved passwords.");
+    EXPECT_GE(warning->mapTo(&panel(), QPoint()).y(), panel().card()->y()) << "inside the card";
+    EXPECT_LE(warning->mapTo(&panel(), QPoint(0, warning->height())).y(),
+              panel().card()->geometry().bottom() + 1);
+
+    panel().doneButton()->click();
+    open(0);
+    EXPECT_TRUE(warning->isHidden()) << "a new open starts quiet";
+    click(1);
+    EXPECT_TRUE(warning->isHidden()) << "unticking warns of nothing";
+}
+
 } // namespace
 } // namespace tidewell::testing

@@ -2,10 +2,14 @@
 // its title bar says about the disk.
 
 #include <QCheckBox>
+#include <QLabel>
+#include <QPushButton>
 #include <QGuiApplication>
 #include <QScreen>
 
 #include "app/window_placement.hpp"
+#include "ui/section_card.hpp"
+#include "ui/widgets.hpp"
 #include "window_fixture.hpp"
 
 namespace tidewell::testing {
@@ -63,6 +67,53 @@ TEST(WindowPlacementRules, AWindowIsKeptUnderATopPanelAndAboveTheBottomOfTheScre
     EXPECT_EQ(kept.left(), 300);
     // Too tall for the area: its top stays reachable.
     EXPECT_EQ(WindowPlacement::keptOn(QRect(QPoint(0, 0), QSize(400, 900)), area).top(), 30);
+}
+
+} // namespace
+} // namespace tidewell::testing
+
+namespace tidewell::testing {
+namespace {
+
+TEST_F(WindowLifeTest, ReturnAndEscapeCloseTheDetailsPanel) {
+    launch(sectionsNamed({"Mail"}));
+    window().activateWindow();
+    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Escape}) {
+        view().showDetails(0);
+        settle();
+        ASSERT_TRUE(panel().isVisible());
+        QTest::keyClick(&panel(), key);
+        settle();
+        EXPECT_FALSE(panel().isVisible()) << "key " << key;
+    }
+}
+
+// A click on a card's name, summary or size ticks and unticks it as its box would; a click on its details button
+// does not. The box that has the keyboard's focus shows it, and so does its card.
+TEST_F(WindowLifeTest, AClickOnACardsTextTogglesItsTickAndFocusIsVisible) {
+    launch(sectionsNamed({"Mail"}));
+    SectionCard& card = *view().cardAt(0);
+    ASSERT_EQ(tickOf(*section(0)), Tick::On);
+    for (QWidget* part : {static_cast<QWidget*>(card.nameText()), static_cast<QWidget*>(card.detailsText()),
+                          static_cast<QWidget*>(card.sizeText())}) {
+        const Tick before = tickOf(*section(0));
+        QTest::mouseClick(part, Qt::LeftButton, {}, QPoint(2, part->height() / 2));
+        EXPECT_NE(tickOf(*section(0)), before) << part->objectName().toStdString();
+        EXPECT_EQ(card.checkBox()->tick(), tickOf(*section(0)));
+    }
+    const Tick before = tickOf(*section(0));
+    view().showDetails(0);
+    settle();
+    panel().doneButton()->click();
+    EXPECT_EQ(tickOf(*section(0)), before);
+
+    window().activateWindow();
+    const QImage unfocused = card.grab().toImage();
+    const QImage boxUnfocused = card.checkBox()->grab().toImage();
+    card.checkBox()->setFocus(Qt::TabFocusReason);
+    ASSERT_TRUE(card.checkBox()->hasFocus());
+    EXPECT_NE(card.grab().toImage(), unfocused) << "the card shows the focus";
+    EXPECT_NE(card.checkBox()->grab().toImage(), boxUnfocused) << "so does the box";
 }
 
 } // namespace
