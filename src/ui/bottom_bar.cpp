@@ -70,6 +70,9 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     m_indicator->setColor(kAccentColor);
     m_statusText->setObjectName(QStringLiteral("statusText"));
     setTextColour(*m_statusText, kMutedTextColor);
+    // The line takes the room left beside the buttons and wraps there: a warning never widens the window.
+    m_statusText->setWordWrap(true);
+    m_statusText->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     m_refreshButton->setObjectName(QStringLiteral("refreshButton"));
     styleSecondaryButton(*m_refreshButton);
     m_cleanButton->setObjectName(QStringLiteral("cleanButton"));
@@ -90,8 +93,7 @@ BottomBar::BottomBar(WindowHost& host, QWidget* parent)
     auto* actions = new QHBoxLayout;
     actions->setSpacing(10);
     actions->addWidget(m_indicator);
-    actions->addWidget(m_statusText);
-    actions->addStretch(1);
+    actions->addWidget(m_statusText, 1);
     actions->addWidget(m_refreshButton);
     actions->addWidget(m_cleanButton);
 

@@ -38,9 +38,15 @@ CatalogueView::CatalogueView(WindowHost& host, CatalogueViewOptions options, QWi
     // 10 above the first card and 10 after each, 5 below: 75 a section and 15 more.
     m_itemTable->setRowSpacing(kRowStep - SectionCard::kHeight, QMargins(20, 10, 20, 5));
     m_itemSource = std::make_unique<ItemTableSource>(*m_itemTable, catalogue());
+    connect(m_itemSource.get(), &ItemTableSource::warned, this, [this](const QString& text) { m_tickWarning = text; });
     connect(m_itemSource.get(), &ItemTableSource::ticked, this, [this] {
         rememberSelection();
         refreshTable();
+        // The warning of this click stands beside the total until the next change of the ticks.
+        if (!m_tickWarning.isEmpty() && !m_clean->isBusy()) {
+            m_bottomBar->statusText()->setText(m_tickWarning);
+        }
+        m_tickWarning.clear();
     });
     connect(m_itemSource.get(), &ItemTableSource::detailsRequested, this, &CatalogueView::showDetails);
     connect(m_itemSource.get(), &ItemTableSource::infoRequested, this, &CatalogueView::showAdultHistoryInfo);

@@ -129,6 +129,8 @@ private:
     BrowserSheet* m_browserSheet = nullptr;
     std::unique_ptr<Popover> m_adultHistoryPopover;
     std::unique_ptr<WindowClean> m_clean;
+    // What the last click on a card's tick box turned on that a person would miss, until its ticked() shows it.
+    QString m_tickWarning;
 };
 
 } // namespace tidewell

@@ -120,6 +120,25 @@ void ItemTableSource::tickClicked(SectionCard& card) {
     }
     TickBox& box = *card.checkBox();
     box.setTick(tickSection(m_catalogue, static_cast<std::size_t>(card.row()), box.tick()));
+    if (box.tick() == Tick::On) {
+        // The card ticks every row, those a person keeps on purpose too: say what they take with them.
+        QStringList what;
+        if (const RecordPtr section = m_catalogue.at(static_cast<std::size_t>(card.row()))) {
+            for (const Item& item : Section(section).items()) {
+                const std::string_view warning = item.record()->role().tickWarning;
+                const QString text = QString::fromUtf8(warning.data(), static_cast<qsizetype>(warning.size()));
+                if (item.isTicked() && !text.isEmpty() && !what.contains(text)) {
+                    what.append(text);
+                }
+            }
+        }
+        if (!what.isEmpty()) {
+            const QString last = what.takeLast();
+            emit warned(QStringLiteral("Cleaning will remove %1.")
+                            .arg(what.isEmpty() ? last
+                                                : QStringLiteral("%1 and %2").arg(what.join(QStringLiteral(", ")), last)));
+        }
+    }
     emit ticked();
 }
 

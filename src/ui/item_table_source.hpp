@@ -33,6 +33,9 @@ public:
 signals:
     /// A section's tick box was clicked; the section and its items took the tick.
     void ticked();
+    /// A tick turned on rows whose clean removes something a person would miss; text says what, in one line. It
+    /// comes before the ticked() of that click.
+    void warned(const QString& text);
     /// A section's details button was clicked.
     void detailsRequested(int row);
     /// The "Adult History" card's info button was clicked.

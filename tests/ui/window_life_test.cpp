@@ -116,5 +116,34 @@ TEST_F(WindowLifeTest, AClickOnACardsTextTogglesItsTickAndFocusIsVisible) {
     EXPECT_NE(card.checkBox()->grab().toImage(), boxUnfocused) << "so does the box";
 }
 
+// Ticking a whole card turns on rows a person keeps on purpose too: the bottom bar says what they take with them,
+// each once, until the next change of the ticks brings the total back.
+TEST_F(WindowLifeTest, TickingACardWithRowsKeptOnPurposeSaysWhatGoes) {
+    const auto warnedItem = [](const std::string& name, std::string_view warning) {
+        RecordPtr item = itemNamed(name, true, false);
+        RecordRole role = item->role();
+        role.tickWarning = warning;
+        item->setRole(role);
+        return item;
+    };
+    launch(std::vector<SectionBuilder>{builderOf([&] {
+        return sectionNamed("Browser Extensions",
+                            {itemNamed("Cookies", true, false), warnedItem("Tab Tidy v1", "the extension"),
+                             warnedItem("Tab Tidy v2", "the extension"),
+                             warnedItem("Reset Browsers Preferences to Defaults", "the browsers' settings")});
+    })});
+    SectionCard& card = *view().cardAt(0);
+    if (tickOf(*section(0)) != Tick::Off) {
+        card.checkBox()->click();
+    }
+    ASSERT_EQ(tickOf(*section(0)), Tick::Off);
+    EXPECT_TRUE(bar().statusText()->text().endsWith(" selected")) << "unticking warns of nothing";
+    card.checkBox()->click();
+    ASSERT_EQ(tickOf(*section(0)), Tick::On);
+    EXPECT_EQ(bar().statusText()->text(), "Cleaning will remove the extension and the browsers' settings.");
+    card.checkBox()->click();
+    EXPECT_TRUE(bar().statusText()->text().endsWith(" selected")) << bar().statusText()->text().toStdString();
+}
+
 } // namespace
 } // namespace tidewell::testing
