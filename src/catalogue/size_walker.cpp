@@ -52,39 +52,8 @@ void WalkPool::workerLoop(const std::stop_token& stop) {
         if (!m_wake.wait(lock, stop, [this] { return !m_tasks.empty(); })) {
             return;
         }
-        runTask(lock);
+        runFirstTask(m_tasks, lock);
         ++m_idle;
-    }
-}
-
-void WalkPool::runTask(std::unique_lock<std::mutex>& lock) {
-    runFirstTask(m_tasks, lock);
-    m_wake.notify_all();
-}
-
-namespace {
-// How many handed-over walks this thread runs inside its waits, one inside the other. Each is a frame on the
-// thread's stack, and a deep chain of folders would otherwise stack one per level.
-thread_local unsigned t_helping = 0;
-constexpr unsigned kMaxHelping = 4;
-} // namespace
-
-void WalkPool::helpUntil(const std::function<bool()>& ready) {
-    std::unique_lock lock(m_mutex);
-    if (t_helping >= kMaxHelping) {
-        m_wake.wait(lock, ready);
-        return;
-    }
-    while (!ready()) {
-        ++m_idle;
-        m_wake.wait(lock, [&] { return !m_tasks.empty() || ready(); });
-        if (m_tasks.empty()) {
-            --m_idle; // ready, and no hand-over counted on this thread
-            return;
-        }
-        ++t_helping;
-        runTask(lock); // the hand-over that took this thread's idle count
-        --t_helping;
     }
 }
 
@@ -123,16 +92,13 @@ public:
         settleReady();
     }
 
-    // Waits for the sums still pending, walking other hand-overs meanwhile.
-    TreeSum total(WalkPool& pool) {
+    TreeSum total() {
         TreeSum result;
         for (auto& part : m_parts) {
             if (auto* known = std::get_if<TreeSum>(&part)) {
                 result = result.then(*known);
             } else {
-                auto& pending = std::get<std::future<TreeSum>>(part);
-                pool.helpUntil([&pending] { return pending.wait_for(std::chrono::seconds(0)) == std::future_status::ready; });
-                result = result.then(pending.get());
+                result = result.then(std::get<std::future<TreeSum>>(part).get());
             }
         }
         return result;
@@ -164,8 +130,7 @@ private:
 
 class Walker {
 public:
-    // recordLevels: how many levels of folders below the walk's first one have their own sums noted for reuse.
-    Walker(SizeCounter& counter, unsigned recordLevels) : m_counter(counter), m_recordLevels(recordLevels) {}
+    explicit Walker(SizeCounter& counter) : m_counter(counter) {}
 
     // Sums the tree below the folder open at fd (which the walk takes), in pre-order, as a deep enumeration does.
     TreeSum walk(UniqueFd fd, const struct stat& seen) {
@@ -209,38 +174,19 @@ public:
                 stopped = !vanished(error);
                 continue;
             }
-            // A folder right below the first is walked on its own so that its sum can be noted: a later location
-            // inside this one (a cache folder inside the whole cache) then costs nothing.
-            const unsigned levels = walk.depth() == 1 && m_recordLevels > 0 ? m_recordLevels : 0;
-            if (handOver(child, st, levels, sums, bytes)) {
-                continue;
-            }
-            if (levels > 0) {
-                const TreeSum sub = Walker(m_counter, levels - 1).walk(std::move(child), st);
-                m_counter.noteMeasured(st, sub);
-                sums.add(TreeSum{bytes, false});
-                bytes = 0;
-                sums.add(sub);
-                stopped = sub.stopped;
-            } else if (!walk.enter(std::move(child), st)) {
+            if (!handOver(child, st, sums, bytes) && !walk.enter(std::move(child), st)) {
                 stopped = true;
             }
         }
         sums.add(TreeSum{bytes, stopped});
-        return sums.total(m_counter.m_pool);
+        return sums.total();
     }
 
 private:
     // Gives the folder to an idle worker, if one is idle at this moment; the walk goes on with its next entry.
-    // With levels, the worker notes the folder's sum as the walk itself would have.
-    bool handOver(UniqueFd& child, const struct stat& st, unsigned levels, OrderedSums& sums, std::int64_t& bytes) {
-        auto task = std::make_shared<std::packaged_task<TreeSum()>>([counter = &m_counter, fd = child.get(), st, levels] {
-            const TreeSum sum = Walker(*counter, levels > 0 ? levels - 1 : 0).walk(UniqueFd(fd), st);
-            if (levels > 0) {
-                counter->noteMeasured(st, sum);
-            }
-            return sum;
-        });
+    bool handOver(UniqueFd& child, const struct stat& st, OrderedSums& sums, std::int64_t& bytes) {
+        auto task = std::make_shared<std::packaged_task<TreeSum()>>(
+            [counter = &m_counter, fd = child.get(), st] { return Walker(*counter).walk(UniqueFd(fd), st); });
         std::future<TreeSum> result = task->get_future();
         if (!m_counter.m_pool.tryRun([task] { (*task)(); })) {
             return false;
@@ -253,7 +199,6 @@ private:
     }
 
     SizeCounter& m_counter;
-    unsigned m_recordLevels;
 };
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -295,24 +240,11 @@ TreeSum SizeCounter::walkBelow(int parentFd, const std::string& name, const stru
             return known->second;
         }
     }
-    const TreeSum sum = Walker(*this, kNotedLevels).walk(std::move(fd), st);
-    std::vector<std::pair<FolderId, TreeSum>> found;
-    {
-        std::lock_guard lock(m_foundMutex);
-        found.swap(m_found);
-    }
+    const TreeSum sum = Walker(*this).walk(std::move(fd), st);
     if (!m_stop.stop_requested()) {
         m_measured[id] = sum;
-        m_measured.insert(found.begin(), found.end());
     }
     return sum;
-}
-
-void SizeCounter::noteMeasured(const struct stat& st, TreeSum sum) {
-    std::lock_guard lock(m_foundMutex);
-    if (m_measured.size() + m_found.size() < kMaxNoted) {
-        m_found.emplace_back(FolderId{st.st_dev, st.st_ino}, sum);
-    }
 }
 
 TreeSum SizeCounter::measureFolder(const std::string& path) {

@@ -34,8 +34,7 @@ struct TreeSum {
 
 /// A few threads that take over folders from a running walk while they are idle. A folder is handed over only
 /// to a worker that is idle at that moment, so every hand-over is picked up at once and a walk never waits for
-/// a queue. A walk that has finished its own part and waits for folders it handed over counts as idle meanwhile
-/// and takes folders over too, so no core sits waiting while there is walking left.
+/// a queue.
 class WalkPool {
 public:
     explicit WalkPool(unsigned workers);
@@ -46,14 +45,8 @@ public:
     /// Runs task on an idle worker and returns true, or returns false at once when no worker is idle.
     bool tryRun(std::function<void()> task);
 
-    /// Runs tasks handed over meanwhile on the calling thread until ready() holds. Whoever ends a task wakes the
-    /// helpers, so ready() should turn true only when a task ends (a handed-over walk's result is set).
-    void helpUntil(const std::function<bool()>& ready);
-
 private:
     void workerLoop(const std::stop_token& stop);
-    // Runs the first task with the lock released and wakes the helpers waiting for a result when it ends.
-    void runTask(std::unique_lock<std::mutex>& lock);
 
     std::mutex m_mutex;
     std::condition_variable_any m_wake;
@@ -69,10 +62,9 @@ private:
 /// summed. Walks are iterative (a 10,000-level tree is fine) and keep memory and open
 /// descriptors proportional to depth, whatever the number of files.
 ///
-/// Within one counter, a folder that was measured before, as a location or as a folder right below one, is not
-/// walked again when a later walk or location meets it: its earlier sum is reused, which gives the very result a
-/// fresh walk of an unchanged disk gives. The catalogue measures the browsers' cache folders, then the whole cache
-/// folder (Library/Caches, ~/.cache), then folders inside it (~/.cache/thumbnails): each subtree is walked once.
+/// Within one counter, a folder that was measured as a location before is not walked again when a later walk
+/// meets it: its earlier sum is reused, which gives the very result a fresh walk of an unchanged disk gives. The
+/// catalogue measures the browsers' cache folders and then the whole Library/Caches, so this halves the work.
 class SizeCounter {
 public:
     /// workers: extra threads that share the walking (0 walks on the calling thread alone). within: the folder
@@ -101,8 +93,6 @@ private:
 
     /// Walks the folder `name` of the folder open at parentFd, which a look found to be st.
     TreeSum walkBelow(int parentFd, const std::string& name, const struct stat& st);
-    /// Notes the sum of a folder met below a location, from any walking thread; kept once the walk ends whole.
-    void noteMeasured(const struct stat& st, TreeSum sum);
     /// The folder open below the held one that holds a location, with the location's last component.
     std::optional<std::pair<UniqueFd, std::string>> parentOf(const std::string& path) const;
 
@@ -110,16 +100,8 @@ private:
     HeldFolder m_within;
     WalkPool m_pool;
     bool m_reuse = true;
-    // The levels of folders below a location whose sums are noted, and at most how many sums are kept, so that
-    // memory stays bounded however wide a tree is.
-    static constexpr unsigned kNotedLevels = 1;
-    static constexpr std::size_t kMaxNoted = 100000;
-
     // Written only between walks, on the calling thread; read by the walkers.
     std::map<FolderId, TreeSum> m_measured;
-    // The sums noted during the running walk, moved into m_measured when it ends.
-    std::mutex m_foundMutex;
-    std::vector<std::pair<FolderId, TreeSum>> m_found;
 };
 
 } // namespace tidewell
