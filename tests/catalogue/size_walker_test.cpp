@@ -155,28 +155,6 @@ TEST_F(FileSize, ParallelWalksAndReusedSumsMatchAPlainWalk) {
     EXPECT_EQ(parallel.measureFolder(d.at("Library/Caches")), expected) << "with the Safari folder's sum reused";
 }
 
-TEST_F(FileSize, AFolderRightBelowAMeasuredOneIsNotWalkedAgainWithinOneCounter) {
-    std::mt19937 random(20261123);
-    growTree(d, ".cache/thumbnails/normal", random, 3);
-    growTree(d, ".cache/pip", random, 3);
-    const std::string thumbnails = d.at(".cache/thumbnails");
-    const std::int64_t before = plainWalk(thumbnails).bytes;
-
-    for (const unsigned workers : {0U, 2U}) {
-        SizeCounter counter(workers);
-        const std::int64_t whole = counter.allocatedSize(d.at(".cache"));
-        EXPECT_EQ(whole, plainWalk(d.at(".cache")).bytes);
-        // A file added after the whole cache was measured shows that its folder right below the cache was not
-        // walked again, while a folder two levels down, whose sum was not noted, is.
-        d.file(".cache/thumbnails/normal/added", 64 * 1024);
-        EXPECT_EQ(counter.allocatedSize(thumbnails), before) << workers;
-        EXPECT_EQ(counter.allocatedSize(d.at(".cache/thumbnails/normal")), plainWalk(d.at(".cache/thumbnails/normal")).bytes)
-            << workers;
-        EXPECT_GT(SizeCounter(workers).allocatedSize(thumbnails), before) << "a new counter walks it afresh";
-        ASSERT_EQ(::unlink(d.at(".cache/thumbnails/normal/added").c_str()), 0);
-    }
-}
-
 TEST_F(FileSize, StopsAtTheFirstUnreadableFolderAndKeepsThePartialSum) {
     ASSERT_EQ(::chmod(temp.path().c_str(), 0755), 0);
     std::mt19937 random(7);
