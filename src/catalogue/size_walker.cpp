@@ -5,10 +5,11 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
 #include <cstring>
-#include <future>
 #include <memory>
+#include <utility>
 #include <variant>
 
 #include "base/folder_walk.hpp"
@@ -32,29 +33,77 @@ WalkPool::~WalkPool() {
     m_wake.notify_all();
 }
 
-bool WalkPool::tryRun(std::function<void()> task) {
+bool WalkPool::claimIdle() {
+    // Most folders meet both threads busy: that answer needs no lock.
+    if (m_idle.load(std::memory_order_relaxed) == 0) {
+        return false;
+    }
+    std::lock_guard lock(m_mutex);
+    if (m_idle == 0) {
+        return false;
+    }
+    --m_idle;
+    return true;
+}
+
+void WalkPool::runClaimed(std::function<void()> task) {
     {
         std::lock_guard lock(m_mutex);
-        if (m_idle == 0) {
-            return false;
-        }
-        --m_idle;
         m_tasks.push_back(std::move(task));
+        m_queued.fetch_add(1, std::memory_order_relaxed);
     }
     m_wake.notify_one();
-    return true;
+}
+
+void WalkPool::lookForTask(std::unique_lock<std::mutex>& lock, const std::atomic<bool>* done) const {
+    // A walk hands a folder over every few hundred microseconds while a thread is idle, and waking a thread that
+    // sleeps costs a good part of that; so an idle thread looks for a while before it sleeps.
+    constexpr int kLooks = 4000;
+    lock.unlock();
+    for (int look = 0; look < kLooks && m_queued.load(std::memory_order_relaxed) == 0 &&
+                       (done == nullptr || !done->load(std::memory_order_relaxed));
+         ++look) {
+        __builtin_ia32_pause();
+    }
+    lock.lock();
+}
+
+void WalkPool::runFirst(std::unique_lock<std::mutex>& lock) {
+    m_queued.fetch_sub(1, std::memory_order_relaxed);
+    runFirstTask(m_tasks, lock);
+    ++m_idle;
 }
 
 void WalkPool::workerLoop(const std::stop_token& stop) {
     std::unique_lock lock(m_mutex);
     ++m_idle;
     while (true) {
+        lookForTask(lock, nullptr);
         if (!m_wake.wait(lock, stop, [this] { return !m_tasks.empty(); })) {
             return;
         }
-        runFirstTask(m_tasks, lock);
-        ++m_idle;
+        runFirst(lock);
     }
+}
+
+void WalkPool::helpUntil(const std::atomic<bool>& done) {
+    std::unique_lock lock(m_mutex);
+    ++m_idle;
+    while (true) {
+        lookForTask(lock, &done);
+        m_wake.wait(lock, [this, &done] { return done || !m_tasks.empty(); });
+        if (m_tasks.empty()) {
+            break;
+        }
+        runFirst(lock);
+    }
+    --m_idle;
+}
+
+void WalkPool::signalDone(std::atomic<bool>& done) {
+    std::lock_guard lock(m_mutex);
+    done = true;
+    m_wake.notify_all();
 }
 
 // ---------------------------------------------------------------------------------------------------------------
@@ -72,75 +121,45 @@ bool vanished(int error) {
     return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ESTALE;
 }
 
-// The sums of one walk in walk order: what the walk summed itself, interleaved with the sums of folders handed
-// to other workers. Neighbouring known sums are folded at once, so the list stays as short as the number of
-// hand-overs still running.
-class OrderedSums {
-public:
-    void add(TreeSum sum) {
-        if (!m_parts.empty()) {
-            if (auto* last = std::get_if<TreeSum>(&m_parts.back())) {
-                *last = last->then(sum);
-                return;
-            }
-        }
-        m_parts.emplace_back(sum);
-    }
-
-    void add(std::future<TreeSum> pending) {
-        m_parts.emplace_back(std::move(pending));
-        settleReady();
-    }
-
-    TreeSum total() {
-        TreeSum result;
-        for (auto& part : m_parts) {
-            if (auto* known = std::get_if<TreeSum>(&part)) {
-                result = result.then(*known);
-            } else {
-                result = result.then(std::get<std::future<TreeSum>>(part).get());
-            }
-        }
-        return result;
-    }
-
-private:
-    void settleReady() {
-        std::vector<std::variant<TreeSum, std::future<TreeSum>>> settled;
-        for (auto& part : m_parts) {
-            if (auto* pending = std::get_if<std::future<TreeSum>>(&part);
-                pending != nullptr && pending->wait_for(std::chrono::seconds(0)) == std::future_status::ready) {
-                part = pending->get();
-            }
-            if (!settled.empty() && std::holds_alternative<TreeSum>(part) &&
-                std::holds_alternative<TreeSum>(settled.back())) {
-                auto& last = std::get<TreeSum>(settled.back());
-                last = last.then(std::get<TreeSum>(part));
-            } else {
-                settled.push_back(std::move(part));
-            }
-        }
-        m_parts = std::move(settled);
-    }
-
-    std::vector<std::variant<TreeSum, std::future<TreeSum>>> m_parts;
-};
-
 } // namespace
+
+/// One folder walked as a task of its own: the folder measured as a location, a folder right below it, or a
+/// folder handed over to another thread. Its sums are kept in walk order, the tasks it handed over among them,
+/// and folded once the last of them has ended, on whichever thread ends it.
+struct WalkTask {
+    WalkTask(WalkTask* above, UniqueFd open, const struct stat& look)
+        : parent(above), folder(std::move(open)), seen(look) {}
+
+    WalkTask* parent;
+    UniqueFd folder; // taken by the walk
+    struct stat seen;
+    std::vector<std::variant<TreeSum, std::unique_ptr<WalkTask>>> parts;
+    // Its own walk and each task it handed over, until they end.
+    std::atomic<unsigned> unfinished{1};
+    TreeSum sum;
+    // The measured location's task: its sum is complete (set under the pool's lock), and the sums of the folders
+    // right below it.
+    std::atomic<bool> done = false;
+    std::vector<std::pair<SizeCounter::FolderId, TreeSum>> below;
+};
 
 class Walker {
 public:
     explicit Walker(SizeCounter& counter) : m_counter(counter) {}
 
-    // Sums the tree below the folder open at fd (which the walk takes), in pre-order, as a deep enumeration does.
-    TreeSum walk(UniqueFd fd, const struct stat& seen) {
+    /// Sums the tree below a measured location's folder, in pre-order as a deep enumeration does, and returns
+    /// once every part handed over has ended. Each folder right below it is a task of its own, so its sum can be
+    /// noted.
+    void measure(WalkTask& location) {
+        run(location, true);
+        m_counter.m_pool.helpUntil(location.done);
+    }
+
+private:
+    void run(WalkTask& task, bool isLocation) {
         FolderWalk walk(FolderWalk::Reread::OnFromWhereLeft);
-        if (!walk.enter(std::move(fd), seen)) {
-            return {0, true};
-        }
-        OrderedSums sums;
         std::int64_t bytes = 0;
-        bool stopped = false;
+        bool stopped = !walk.enter(std::move(task.folder), task.seen);
         while (walk.depth() > 0 && !stopped) {
             if (m_counter.m_stop.stop_requested()) {
                 stopped = true;
@@ -174,28 +193,64 @@ public:
                 stopped = !vanished(error);
                 continue;
             }
-            if (!handOver(child, st, sums, bytes) && !walk.enter(std::move(child), st)) {
-                stopped = true;
+            // Each folder right below a location is a task of its own, so that its sum can be noted. Below that,
+            // a folder is handed over when a thread is idle, and otherwise walked on within this walk.
+            const bool handOver = m_counter.m_pool.claimIdle();
+            if (!handOver && !isLocation) {
+                if (!walk.enter(std::move(child), st)) {
+                    stopped = true;
+                }
+                continue;
+            }
+            if (bytes != 0) {
+                task.parts.emplace_back(TreeSum{bytes, false});
+                bytes = 0;
+            }
+            WalkTask& part = *std::get<std::unique_ptr<WalkTask>>(
+                task.parts.emplace_back(std::make_unique<WalkTask>(&task, std::move(child), st)));
+            task.unfinished.fetch_add(1, std::memory_order_relaxed);
+            if (handOver) {
+                m_counter.m_pool.runClaimed([counter = &m_counter, &part] { Walker(*counter).run(part, false); });
+            } else {
+                run(part, false);
             }
         }
-        sums.add(TreeSum{bytes, stopped});
-        return sums.total();
+        task.parts.emplace_back(TreeSum{bytes, stopped});
+        finish(task);
     }
 
-private:
-    // Gives the folder to an idle worker, if one is idle at this moment; the walk goes on with its next entry.
-    bool handOver(UniqueFd& child, const struct stat& st, OrderedSums& sums, std::int64_t& bytes) {
-        auto task = std::make_shared<std::packaged_task<TreeSum()>>(
-            [counter = &m_counter, fd = child.get(), st] { return Walker(*counter).walk(UniqueFd(fd), st); });
-        std::future<TreeSum> result = task->get_future();
-        if (!m_counter.m_pool.tryRun([task] { (*task)(); })) {
-            return false;
+    // Ends a task's own walk, or that of one it handed over. The thread that ends a task's last part folds its
+    // sums and goes on to the task above it, so no task ever waits for another.
+    void finish(WalkTask& ended) {
+        for (WalkTask* task = &ended; task != nullptr;) {
+            if (task->unfinished.fetch_sub(1, std::memory_order_acq_rel) != 1) {
+                return;
+            }
+            fold(*task);
+            WalkTask* const parent = task->parent;
+            if (parent == nullptr) {
+                m_counter.m_pool.signalDone(task->done);
+                return;
+            }
+            task = parent;
         }
-        child.release(); // the worker's walk owns it now
-        sums.add(TreeSum{bytes, false});
-        bytes = 0;
-        sums.add(std::move(result));
-        return true;
+    }
+
+    static void fold(WalkTask& task) {
+        TreeSum sum;
+        for (const auto& part : task.parts) {
+            if (const auto* known = std::get_if<TreeSum>(&part)) {
+                sum = sum.then(*known);
+                continue;
+            }
+            const WalkTask& below = *std::get<std::unique_ptr<WalkTask>>(part);
+            if (task.parent == nullptr) {
+                task.below.emplace_back(SizeCounter::FolderId{below.seen.st_dev, below.seen.st_ino}, below.sum);
+            }
+            sum = sum.then(below.sum);
+        }
+        task.parts.clear();
+        task.sum = sum;
     }
 
     SizeCounter& m_counter;
@@ -240,11 +295,13 @@ TreeSum SizeCounter::walkBelow(int parentFd, const std::string& name, const stru
             return known->second;
         }
     }
-    const TreeSum sum = Walker(*this).walk(std::move(fd), st);
+    WalkTask location(nullptr, std::move(fd), st);
+    Walker(*this).measure(location);
     if (!m_stop.stop_requested()) {
-        m_measured[id] = sum;
+        m_measured[id] = location.sum;
+        m_measured.insert(location.below.begin(), location.below.end());
     }
-    return sum;
+    return location.sum;
 }
 
 TreeSum SizeCounter::measureFolder(const std::string& path) {

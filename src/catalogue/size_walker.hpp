@@ -3,12 +3,13 @@
 #include <sys/stat.h>
 #include <sys/types.h>
 
+#include <atomic>
 #include <condition_variable>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <thread>
@@ -33,8 +34,10 @@ struct TreeSum {
 };
 
 /// A few threads that take over folders from a running walk while they are idle. A folder is handed over only
-/// to a worker that is idle at that moment, so every hand-over is picked up at once and a walk never waits for
-/// a queue.
+/// to a thread that is idle at that moment, so every hand-over is picked up at once and a walk never waits for
+/// a queue. Tasks never wait for one another: a walk that hands a folder over goes on without waiting for it, and
+/// its sum is completed by whichever thread ends last. The only wait is the measuring thread's, for the walk it
+/// started, and it takes hand-overs meanwhile, so both cores stay busy to the end of every walk.
 class WalkPool {
 public:
     explicit WalkPool(unsigned workers);
@@ -42,16 +45,29 @@ public:
     WalkPool(const WalkPool&) = delete;
     WalkPool& operator=(const WalkPool&) = delete;
 
-    /// Runs task on an idle worker and returns true, or returns false at once when no worker is idle.
-    bool tryRun(std::function<void()> task);
+    /// Claims an idle thread for a task to come and returns true, or returns false at once when none is idle.
+    bool claimIdle();
+    /// Runs task on the thread claimed for it.
+    void runClaimed(std::function<void()> task);
+
+    /// Takes hand-overs on the calling thread, as one more idle worker, until `signalDone(done)` is called.
+    void helpUntil(const std::atomic<bool>& done);
+    /// Sets done and wakes the thread helping until it is set.
+    void signalDone(std::atomic<bool>& done);
 
 private:
     void workerLoop(const std::stop_token& stop);
+    /// Looks for a hand-over (or done) for a short while with the lock (held on entry) released.
+    void lookForTask(std::unique_lock<std::mutex>& lock, const std::atomic<bool>* done) const;
+    /// Runs the first hand-over with the lock released and counts the thread idle again.
+    void runFirst(std::unique_lock<std::mutex>& lock);
 
     std::mutex m_mutex;
     std::condition_variable_any m_wake;
     TaskQueue m_tasks;
-    unsigned m_idle = 0;
+    // Changed under the mutex; read without it for a quick "none".
+    std::atomic<unsigned> m_idle = 0;
+    std::atomic<unsigned> m_queued = 0; // m_tasks.size(), to look at without the lock
     std::vector<std::jthread> m_threads;
 };
 
@@ -62,9 +78,11 @@ private:
 /// summed. Walks are iterative (a 10,000-level tree is fine) and keep memory and open
 /// descriptors proportional to depth, whatever the number of files.
 ///
-/// Within one counter, a folder that was measured as a location before is not walked again when a later walk
-/// meets it: its earlier sum is reused, which gives the very result a fresh walk of an unchanged disk gives. The
-/// catalogue measures the browsers' cache folders and then the whole Library/Caches, so this halves the work.
+/// Within one counter, each folder is walked once. A folder that was measured as a location before is not walked
+/// again when a later walk meets it, and the folders right below a measured location keep their sums too, for a
+/// later location that is one of them: the earlier sum is reused, which gives the very result a fresh walk of an
+/// unchanged disk gives. The catalogue measures the browsers' cache folders and then the whole caches folder
+/// (~/Library/Caches, ~/.cache), and on Linux ~/.cache/thumbnails after ~/.cache, so this halves the work.
 class SizeCounter {
 public:
     /// workers: extra threads that share the walking (0 walks on the calling thread alone). within: the folder
@@ -89,9 +107,10 @@ public:
 
 private:
     friend class Walker;
+    friend struct WalkTask;
     using FolderId = std::pair<dev_t, ino_t>;
 
-    /// Walks the folder `name` of the folder open at parentFd, which a look found to be st.
+    /// Walks the folder `name` of the folder open at parentFd, which a look found to be st, and notes its sum.
     TreeSum walkBelow(int parentFd, const std::string& name, const struct stat& st);
     /// The folder open below the held one that holds a location, with the location's last component.
     std::optional<std::pair<UniqueFd, std::string>> parentOf(const std::string& path) const;
@@ -100,7 +119,7 @@ private:
     HeldFolder m_within;
     WalkPool m_pool;
     bool m_reuse = true;
-    // Written only between walks, on the calling thread; read by the walkers.
+    // Written only between walks, on the measuring thread; read by the walkers.
     std::map<FolderId, TreeSum> m_measured;
 };
 

@@ -155,6 +155,22 @@ TEST_F(FileSize, ParallelWalksAndReusedSumsMatchAPlainWalk) {
     EXPECT_EQ(parallel.measureFolder(d.at("Library/Caches")), expected) << "with the Safari folder's sum reused";
 }
 
+TEST_F(FileSize, AFolderRightBelowAMeasuredOneKeepsItsSumWithinOneCounter) {
+    d.file("cache/thumbnails/normal/a.png", 3000).file("cache/thumbnails/b.png", 3000).file("cache/other", 3000);
+    for (const unsigned workers : {0U, 1U, 3U}) {
+        SizeCounter counter(workers);
+        const std::int64_t thumbnails = plainWalk(d.at("cache/thumbnails")).bytes;
+        const std::int64_t normal = plainWalk(d.at("cache/thumbnails/normal")).bytes;
+        ASSERT_EQ(counter.allocatedSize(d.at("cache")), plainWalk(d.at("cache")).bytes);
+        // The disk changes behind the counter's back: a folder right below the measured one answers from the walk
+        // already made, a folder further down is walked afresh.
+        d.file("cache/thumbnails/normal/new-" + std::to_string(workers), 9000);
+        EXPECT_EQ(counter.allocatedSize(d.at("cache/thumbnails")), thumbnails) << workers;
+        EXPECT_GT(counter.allocatedSize(d.at("cache/thumbnails/normal")), normal) << workers;
+        EXPECT_GT(SizeCounter(workers).allocatedSize(d.at("cache/thumbnails")), thumbnails) << workers;
+    }
+}
+
 TEST_F(FileSize, StopsAtTheFirstUnreadableFolderAndKeepsThePartialSum) {
     ASSERT_EQ(::chmod(temp.path().c_str(), 0755), 0);
     std::mt19937 random(7);
