@@ -32,7 +32,7 @@ build: configure
 # scan of the same disk. The window run keeps its settings, grant, login item and crash reports under build/, away
 # from the person's own Tidewell.
 run: build
-	@$(BUILD)/tests/support/tidewell-sample-disk --layout $(LAYOUT) $(SAMPLE) ann
+	@$(BUILD)/tools/sample_disk/tidewell-sample-disk --layout $(LAYOUT) $(SAMPLE) ann
 	@if [ -n "$${DISPLAY:-}$${WAYLAND_DISPLAY:-}" ]; then \
 		echo "XDG_CONFIG_HOME=build/run/config XDG_DATA_HOME=build/run/data $(BUILD)/src/tidewell --root $(SAMPLE) --user ann --layout $(LAYOUT)"; \
 		XDG_CONFIG_HOME=$(CURDIR)/build/run/config XDG_DATA_HOME=$(CURDIR)/build/run/data \
@@ -86,7 +86,7 @@ bench: deps
 
 # The windows rendered offscreen to build/screenshots/*.png, to look at without a display.
 screenshots: build
-	@QT_QPA_PLATFORM=offscreen $(BUILD)/tests/app/tidewell-screenshots build/screenshots
+	@QT_QPA_PLATFORM=offscreen $(BUILD)/tools/screenshots/tidewell-screenshots build/screenshots
 
 # A Debian package of tidewell and tidewell-cli, from an optimised build without tests: build/package/*.deb, with
 # manual pages made from the programs' help. lintian fails it on any error or warning; the AppStream metadata and

@@ -24,7 +24,7 @@
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/hostile_inputs.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/stress.hpp"
 #include "support/tree_checksums.hpp"
 

@@ -12,7 +12,7 @@
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/tree_checksums.hpp"
 
 namespace tidewell {

@@ -7,7 +7,7 @@
 #include "support/disk_builder.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 
 namespace tidewell {
 namespace {

@@ -20,7 +20,7 @@
 #include "support/history_schemas.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/stress.hpp"
 #include "support/tree_checksums.hpp"
 

@@ -9,7 +9,7 @@
 #include "base/file_url.hpp"
 #include "cli/cli.hpp"
 #include "support/fake_running_apps.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/tool_run.hpp"
 
 namespace tidewell::cli {

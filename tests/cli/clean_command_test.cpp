@@ -10,7 +10,7 @@
 #include "support/fake_running_apps.hpp"
 #include "support/hostile_inputs.hpp"
 #include "support/literal_purge.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/tool_run.hpp"
 #include "support/tree_checksums.hpp"
 

@@ -6,7 +6,7 @@
 #include <fstream>
 #include <sstream>
 
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/tool_run.hpp"
 
 namespace tidewell::cli {

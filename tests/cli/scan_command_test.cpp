@@ -4,7 +4,7 @@
 #include <regex>
 #include <sstream>
 
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/tool_run.hpp"
 
 namespace tidewell::cli {

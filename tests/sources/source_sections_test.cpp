@@ -6,7 +6,7 @@
 #include "base/folders.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 
 namespace tidewell {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 
 int main(int argc, char** argv) {
     std::vector<std::string> args(argv + 1, argv + argc);

@@ -26,7 +26,7 @@
 #include "platform/folder_grant.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "ui/bottom_bar.hpp"
 #include "ui/browser_sheet.hpp"
 #include "ui/compositing.hpp"

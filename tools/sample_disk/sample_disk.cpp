@@ -1,4 +1,4 @@
-#include "support/sample_disk.hpp"
+#include "sample_disk/sample_disk.hpp"
 
 #include <sqlite3.h>
 
