@@ -23,10 +23,14 @@ bool x11Composites() {
     if (connection == nullptr) {
         return false;
     }
+    // xcb_parse_display writes every out-parameter it is given, and needs all of them (a null one crashes it).
+    char* host = nullptr;
+    int display = 0;
     int screen = 0;
-    if (xcb_parse_display(nullptr, nullptr, nullptr, &screen) == 0) {
+    if (xcb_parse_display(nullptr, &host, &display, &screen) == 0) {
         screen = 0;
     }
+    std::free(host);
     const QByteArray name = "_NET_WM_CM_S" + QByteArray::number(screen);
     const xcb_intern_atom_cookie_t atomCookie =
         xcb_intern_atom(connection, 1, static_cast<std::uint16_t>(name.size()), name.constData());
