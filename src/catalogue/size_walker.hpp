@@ -76,7 +76,7 @@ private:
 /// so links are never followed, not on the way to a location either; a location outside that folder measures
 /// nothing. A folder adds nothing of its own; a walk stops at the first unreadable entry and keeps what it had
 /// summed. Walks are iterative (a 10,000-level tree is fine) and keep memory and open
-/// descriptors proportional to depth, whatever the number of files.
+/// descriptors proportional to depth, whatever the number of files. One thread measures at a time.
 ///
 /// Within one counter, each folder is walked once. A folder that was measured as a location before is not walked
 /// again when a later walk meets it, and the folders right below a measured location keep their sums too, for a
