@@ -10,7 +10,7 @@ packages=(
     g++ cmake ninja-build pkg-config make
     libsqlite3-dev nlohmann-json3-dev libplist-dev libxcb1-dev libfmt-dev libcli11-dev
     libgtest-dev libgmock-dev libbenchmark-dev
-    qt6-base-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins fonts-dejavu-core
+    qt6-base-dev qt6-svg-dev libqt6svg6 qt6-qpa-plugins fonts-dejavu-core xvfb
     clang-14 libfuzzer-14-dev
 )
 if [ "${1:-}" = package ]; then

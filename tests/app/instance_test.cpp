@@ -6,11 +6,15 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QSettings>
 #include <QSignalSpy>
+#include <QStandardPaths>
 #include <QTest>
 #include <cstring>
 
+#include "app/settings.hpp"
 #include "app/single_instance.hpp"
+#include "platform/folder_grant.hpp"
 #include "support/disk_builder.hpp"
 
 namespace tidewell::testing {
@@ -54,10 +58,15 @@ protected:
 
     void SetUp() override { disk.folder("Documents"); }
 
-    std::unique_ptr<QProcess> start(const QStringList& arguments) {
+    std::unique_ptr<QProcess> start(const QStringList& arguments, const QString& display = {}) {
         auto process = std::make_unique<QProcess>();
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("QT_QPA_PLATFORM", "offscreen");
+        if (display.isEmpty()) {
+            environment.insert("QT_QPA_PLATFORM", "offscreen");
+        } else {
+            environment.insert("QT_QPA_PLATFORM", "xcb");
+            environment.insert("DISPLAY", display);
+        }
         environment.insert("HOME", QString::fromStdString(temp.path()));
         environment.insert("XDG_CONFIG_HOME", QString::fromStdString(temp.path() + "/config"));
         environment.insert("XDG_DATA_HOME", QString::fromStdString(temp.path() + "/data"));
@@ -96,6 +105,40 @@ TEST_F(ProgramTest, ASecondStartEndsAfterHandingOverAndTheFirstHasStarted) {
     EXPECT_TRUE(QDir(QString::fromStdString(temp.path() + "/data/tidewell/Crash Reports")).exists());
     first->kill();
     first->waitForFinished(5000);
+    QLocalServer::removeServer(SingleInstance::serverNameFor(settings));
+}
+
+// On an X display, as on a person's desktop, the window takes paths the offscreen tests never reach (the look for a
+// compositing manager among them): the granted start must show the main window and keep running.
+TEST_F(ProgramTest, OnAnXDisplayTheGrantedStartShowsTheMainWindow) {
+    const QString xvfb = QStandardPaths::findExecutable("Xvfb");
+    if (xvfb.isEmpty()) {
+        GTEST_SKIP() << "no Xvfb to give the program an X display";
+    }
+    QProcess server;
+    server.start(xvfb, {"-displayfd", "1", "-screen", "0", "1024x768x24", "-nolisten", "tcp"});
+    ASSERT_TRUE(server.waitForReadyRead(20000)) << "Xvfb names its display";
+    const QString display = ":" + QString::fromLatin1(server.readLine()).trimmed();
+
+    const QString settings = QString::fromStdString(temp.path() + "/config/tidewell/tidewell.conf");
+    const auto grant = createFolderGrant(disk.home());
+    ASSERT_TRUE(grant);
+    AppSettings(settings).setBytes(keys::kHomeGrant, QByteArray::fromStdString(grantToBytes(*grant)));
+
+    const auto program = start({"--root", QString::fromStdString(disk.root()), "--user", "ann"}, display);
+    // A first start writes its taskbar choice back once the main window is made.
+    const auto windowMade = [&] { return QSettings(settings, QSettings::IniFormat).contains(keys::kTaskbarEntry); };
+    EXPECT_TRUE(QTest::qWaitFor([&] { return windowMade() || program->state() != QProcess::Running; }, 20000));
+    QTest::qWait(500);
+    EXPECT_TRUE(windowMade());
+    EXPECT_EQ(program->state(), QProcess::Running) << program->readAllStandardError().toStdString();
+    EXPECT_TRUE(QDir(QString::fromStdString(temp.path() + "/data/tidewell/Crash Reports"))
+                    .entryList(QDir::Files)
+                    .isEmpty());
+    program->kill();
+    program->waitForFinished(5000);
+    server.terminate();
+    server.waitForFinished(5000);
     QLocalServer::removeServer(SingleInstance::serverNameFor(settings));
 }
 
