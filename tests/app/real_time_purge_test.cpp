@@ -4,10 +4,10 @@
 
 #include "app/real_time_purge.hpp"
 #include "app_fixture.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
-#include "sample_disk/sample_disk.hpp"
 
 namespace tidewell::testing {
 namespace {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <future>
 #include <latch>
@@ -166,7 +167,17 @@ std::size_t liveThreads() {
 
 TEST_F(ScanDriverTest, ReplacedScanThreadsAreJoinedNotLeftBehindAndADriverEndsWhileItsScanWaits) {
     const std::size_t before = liveThreads();
-    auto driver = makeDriver({named("A"), named("B")});
+    // The scan started last is held in its first builder, so that it is surely still running when the queue stops.
+    std::atomic<bool> holdNextScan = false;
+    std::latch heldScanReleased(1);
+    const SectionBuilder first = named("A");
+    auto driver = makeDriver({[&](ScanEnv& env) {
+                                  if (holdNextScan) {
+                                      heldScanReleased.wait();
+                                  }
+                                  return first(env);
+                              },
+                              named("B")});
     // Each scan waits in its first hand-over (the queue is not run), so each refresh replaces a live thread.
     for (int refresh = 0; refresh < 200; ++refresh) {
         driver->setScanRunning(false); // as the clean path does, so that the refresh replaces the running scan
@@ -175,11 +186,15 @@ TEST_F(ScanDriverTest, ReplacedScanThreadsAreJoinedNotLeftBehindAndADriverEndsWh
     // The current scan's thread and its measuring workers, and no replaced one still running.
     EXPECT_LE(liveThreads(), before + 1 + SizeCounter::defaultWorkers());
     // A rescan asked for while a scan finishes (inside its hand-over) does not wait for that very scan.
-    observer.onFinish = [&] { driver->refresh(); };
+    observer.onFinish = [&] {
+        holdNextScan = true;
+        driver->refresh();
+    };
     queue.run();
     EXPECT_EQ(observer.finished, 1);
     EXPECT_TRUE(driver->scanRunning());
-    // That scan is blocked in its first hand-over (the queue is not run again) when the driver goes.
+    // Let go, that scan comes to its first hand-over, which the queue does not run again, as the driver goes.
+    heldScanReleased.count_down();
     driver.reset();
 }
 

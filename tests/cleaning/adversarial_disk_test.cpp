@@ -19,12 +19,12 @@
 #include "cleaning/safe_remove.hpp"
 #include "cli/cli.hpp"
 #include "cli/scan_session.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "sources/builders.hpp"
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/hostile_inputs.hpp"
-#include "sample_disk/sample_disk.hpp"
 #include "support/stress.hpp"
 #include "support/tree_checksums.hpp"
 

@@ -9,10 +9,10 @@
 #include "base/held_folder.hpp"
 #include "cleaning/browser_check.hpp"
 #include "cleaning/cleaning_engine.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
-#include "sample_disk/sample_disk.hpp"
 #include "support/tree_checksums.hpp"
 
 namespace tidewell {

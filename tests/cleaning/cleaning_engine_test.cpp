@@ -4,10 +4,10 @@
 
 #include "cleaning/cleaning_engine.hpp"
 #include "layout/disk_layout.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/disk_builder.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
-#include "sample_disk/sample_disk.hpp"
 
 namespace tidewell {
 namespace {

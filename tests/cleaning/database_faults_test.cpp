@@ -15,12 +15,12 @@
 
 #include "base/log.hpp"
 #include "cleaning/history_purge.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/child_process.hpp"
 #include "support/disk_builder.hpp"
 #include "support/history_schemas.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
-#include "sample_disk/sample_disk.hpp"
 #include "support/stress.hpp"
 #include "support/tree_checksums.hpp"
 

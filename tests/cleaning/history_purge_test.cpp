@@ -7,11 +7,11 @@
 #include <optional>
 
 #include "cleaning/history_purge.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/disk_builder.hpp"
 #include "support/history_schemas.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
-#include "sample_disk/sample_disk.hpp"
 
 namespace tidewell {
 namespace {

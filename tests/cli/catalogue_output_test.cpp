@@ -8,8 +8,9 @@
 #include "base/byte_count.hpp"
 #include "base/file_url.hpp"
 #include "cli/cli.hpp"
-#include "support/fake_running_apps.hpp"
 #include "sample_disk/sample_disk.hpp"
+#include "support/disk_oracle.hpp"
+#include "support/fake_running_apps.hpp"
 #include "support/tool_run.hpp"
 
 namespace tidewell::cli {
@@ -17,38 +18,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
+using testing::allocatedBelow;
+using testing::pathOfUrl;
 using testing::ToolRun;
 
 const std::string kReplacement = "\xEF\xBF\xBD"; // U+FFFD in UTF-8
-
-// The path a file URL of the catalogue names, decoded here on its own.
-std::string pathOfUrl(const std::string& url) {
-    std::string path;
-    for (std::size_t i = std::string("file://").size(); i < url.size(); ++i) {
-        if (url[i] == '%' && i + 2 < url.size()) {
-            path.push_back(static_cast<char>(std::stoi(url.substr(i + 1, 2), nullptr, 16)));
-            i += 2;
-        } else {
-            path.push_back(url[i]);
-        }
-    }
-    return path;
-}
-
-// The allocated bytes below a path, links not followed: an oracle apart from the scan's own walker.
-std::int64_t allocatedBelow(const fs::path& path) {
-    struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0) {
-        return 0;
-    }
-    std::int64_t bytes = S_ISDIR(st.st_mode) ? 0 : static_cast<std::int64_t>(st.st_blocks) * 512;
-    if (S_ISDIR(st.st_mode)) {
-        for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
-            bytes += allocatedBelow(entry.path());
-        }
-    }
-    return bytes;
-}
 
 class CatalogueOutput : public ::testing::Test {
 protected:

@@ -7,10 +7,10 @@
 #include <sstream>
 
 #include "cli/cli.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/hostile_inputs.hpp"
 #include "support/literal_purge.hpp"
-#include "sample_disk/sample_disk.hpp"
 #include "support/tool_run.hpp"
 #include "support/tree_checksums.hpp"
 

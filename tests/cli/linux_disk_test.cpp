@@ -8,9 +8,10 @@
 
 #include "base/byte_count.hpp"
 #include "cli/cli.hpp"
+#include "sample_disk/sample_disk.hpp"
+#include "support/disk_oracle.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/literal_purge.hpp"
-#include "sample_disk/sample_disk.hpp"
 #include "support/tool_run.hpp"
 #include "support/tree_checksums.hpp"
 
@@ -19,36 +20,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The allocated bytes of everything below a path, links not followed, folders adding nothing of their own: an
-// oracle written apart from the scan's own walker.
-std::int64_t allocatedBelow(const fs::path& path) {
-    struct stat st {};
-    if (::lstat(path.c_str(), &st) != 0) {
-        return 0;
-    }
-    if (!S_ISDIR(st.st_mode)) {
-        return static_cast<std::int64_t>(st.st_blocks) * 512;
-    }
-    std::int64_t bytes = 0;
-    for (const fs::directory_entry& entry : fs::directory_iterator(path)) {
-        bytes += allocatedBelow(entry.path());
-    }
-    return bytes;
-}
-
-// The path of a file URL as the catalogue exports it.
-std::string pathOfUrl(const std::string& url) {
-    std::string path;
-    for (std::size_t i = std::string("file://").size(); i < url.size(); ++i) {
-        if (url[i] == '%' && i + 2 < url.size()) {
-            path.push_back(static_cast<char>(std::stoi(url.substr(i + 1, 2), nullptr, 16)));
-            i += 2;
-        } else {
-            path.push_back(url[i]);
-        }
-    }
-    return path;
-}
+using testing::allocatedBelow;
+using testing::pathOfUrl;
 
 // Each test works on its own copy of the Linux sample disk, found by --layout auto.
 class LinuxDisk : public ::testing::Test {

@@ -1,11 +1,11 @@
 #include <gtest/gtest.h>
 
 #include "flows/purge_run.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/disk_builder.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/literal_purge.hpp"
 #include "support/log_capture.hpp"
-#include "sample_disk/sample_disk.hpp"
 
 namespace tidewell {
 namespace {

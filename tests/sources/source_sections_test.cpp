@@ -4,9 +4,9 @@
 
 #include "base/byte_count.hpp"
 #include "base/folders.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/catalogue_helpers.hpp"
 #include "support/disk_builder.hpp"
-#include "sample_disk/sample_disk.hpp"
 
 namespace tidewell {
 namespace {

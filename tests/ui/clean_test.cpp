@@ -6,9 +6,9 @@
 #include <QPushButton>
 
 #include "platform/running_apps.hpp"
+#include "sample_disk/sample_disk.hpp"
 #include "support/fake_running_apps.hpp"
 #include "support/log_capture.hpp"
-#include "sample_disk/sample_disk.hpp"
 #include "ui/browser_sheet.hpp"
 #include "ui/spinning_indicator.hpp"
 #include "ui/window_clean.hpp"
