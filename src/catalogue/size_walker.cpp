@@ -55,6 +55,19 @@ void WalkPool::runClaimed(std::function<void()> task) {
     m_wake.notify_one();
 }
 
+namespace {
+
+// Tells the core that this thread spins, so that it spends less power and leaves the other hardware thread room.
+void relaxCore() {
+#if defined(__x86_64__) || defined(__i386__)
+    __builtin_ia32_pause();
+#elif defined(__aarch64__) || defined(__arm__)
+    __asm__ __volatile__("yield");
+#endif
+}
+
+} // namespace
+
 void WalkPool::lookForTask(std::unique_lock<std::mutex>& lock, const std::atomic<bool>* done) const {
     // A walk hands a folder over every few hundred microseconds while a thread is idle, and waking a thread that
     // sleeps costs a good part of that; so an idle thread looks for a while before it sleeps.
@@ -63,7 +76,7 @@ void WalkPool::lookForTask(std::unique_lock<std::mutex>& lock, const std::atomic
     for (int look = 0; look < kLooks && m_queued.load(std::memory_order_relaxed) == 0 &&
                        (done == nullptr || !done->load(std::memory_order_relaxed));
          ++look) {
-        __builtin_ia32_pause();
+        relaxCore();
     }
     lock.lock();
 }
